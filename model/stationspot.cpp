@@ -1,0 +1,55 @@
+#include "model/stationspot.h"
+
+QString StationSpot::key() const
+{
+    const auto khz = static_cast<qint64>(frequencyKhz);
+    return callsign + QLatin1Char('|') + reference + QLatin1Char('|') + QString::number(khz);
+}
+
+QString StationSpot::sourceString() const
+{
+    return sourceName(source);
+}
+
+QString StationSpot::sourceName(int source)
+{
+    switch (source) {
+    case SOTA:
+        return QStringLiteral("SOTA");
+    case POTA:
+        return QStringLiteral("POTA");
+    case WWFF:
+        return QStringLiteral("WWFF");
+    case WWBOTA:
+        return QStringLiteral("WWBOTA");
+    case BOTA:
+        return QStringLiteral("BOTA");
+    case DX:
+        return QStringLiteral("DX");
+    case GMA:
+        return QStringLiteral("GMA");
+    default:
+        return QStringLiteral("?");
+    }
+}
+
+QString StationSpot::statusText(Status status)
+{
+    switch (status) {
+    case Heard:
+        return QStringLiteral("Heard");
+    case Contacted:
+        return QStringLiteral("Contacted");
+    case NotHeard:
+        return QStringLiteral("Not Heard");
+    case Unknown:
+        break;
+    }
+    return QString();
+}
+
+void registerStationSpotMetaTypes()
+{
+    qRegisterMetaType<StationSpot>("StationSpot");
+    qRegisterMetaType<QList<StationSpot>>("QList<StationSpot>");
+}

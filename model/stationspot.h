@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDateTime>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+// One report that an activator is on the air: the value every part of the
+// program passes around.
+struct StationSpot
+{
+    enum Source : int { SOTA = 0, POTA = 1, WWFF = 2, WWBOTA = 3, BOTA = 4, DX = 5, GMA = 6 };
+    enum Status : int { Unknown = 0, Heard = 1, Contacted = 2, NotHeard = 3 };
+
+    Source source = SOTA;
+    QString callsign;
+    QString reference;
+    QString referenceName;
+    double frequencyKhz = 0.0;
+    QString mode;
+    QDateTime spotTime;
+    QString spotter;
+    QString comments;
+    QString grid;
+    QString locationDesc;
+    bool hasLocation = false;
+    double lat = 0.0;
+    double lon = 0.0;
+    Status status = Unknown;
+    int groupId = 0;
+
+    // call|reference|whole kHz truncated toward zero; two reports a fraction
+    // of a kHz apart share a key on purpose.
+    QString key() const;
+    QString sourceString() const;
+
+    static QString sourceName(int source);
+    static QString statusText(Status status);
+};
+
+Q_DECLARE_METATYPE(StationSpot)
+Q_DECLARE_METATYPE(QList<StationSpot>)
+
+// Registers the spot types for queued connections; safe to call repeatedly.
+void registerStationSpotMetaTypes();

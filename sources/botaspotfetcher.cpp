@@ -1,0 +1,16 @@
+#include "sources/botaspotfetcher.h"
+
+BotaSpotFetcher::BotaSpotFetcher(QObject *parent)
+    : SpotFetcher(parent)
+{
+}
+
+void BotaSpotFetcher::fetch()
+{
+}
+
+QList<StationSpot> BotaSpotFetcher::parseResponse(const QByteArray &body)
+{
+    Q_UNUSED(body)
+    return {};
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "sources/spotfetcher.h"
+
+// Parks on the Air spots.
+class PotaSpotFetcher final : public SpotFetcher
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(PotaSpotFetcher)
+
+public:
+    static constexpr const char *k_defaultUrl = "https://api.pota.app";
+
+    explicit PotaSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+
+    QList<StationSpot> parseResponse(const QByteArray &body) override;
+
+public slots:
+    void fetch() override;
+};

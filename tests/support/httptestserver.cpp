@@ -1,0 +1,109 @@
+#include "support/httptestserver.h"
+
+#include <QTcpSocket>
+
+HttpTestServer::HttpTestServer(QObject *parent)
+    : QObject(parent)
+{
+    connect(&m_server, &QTcpServer::newConnection, this, &HttpTestServer::onNewConnection);
+}
+
+HttpTestServer::~HttpTestServer() = default;
+
+bool HttpTestServer::start()
+{
+    return m_server.listen(QHostAddress::LocalHost, 0);
+}
+
+quint16 HttpTestServer::port() const
+{
+    return m_server.serverPort();
+}
+
+QUrl HttpTestServer::url() const
+{
+    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port()));
+}
+
+void HttpTestServer::setRoute(const QByteArray &path, const QByteArray &body, int status,
+                              const QByteArray &contentType)
+{
+    m_routes.insert(path, Route{body, status, contentType});
+}
+
+void HttpTestServer::setHoldReplies(bool hold)
+{
+    m_hold = hold;
+}
+
+void HttpTestServer::releaseHeld()
+{
+    const QList<Pending> held = m_held;
+    m_held.clear();
+    for (const Pending &p : held) {
+        if (p.socket)
+            respond(p.socket, p.path);
+    }
+}
+
+int HttpTestServer::requestCount(const QByteArray &path) const
+{
+    int n = 0;
+    for (const Request &r : m_requests)
+        n += r.path == path ? 1 : 0;
+    return n;
+}
+
+void HttpTestServer::onNewConnection()
+{
+    while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
+        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        connect(socket, &QObject::destroyed, this, [this, socket] { m_buffers.remove(socket); });
+    }
+}
+
+void HttpTestServer::onReadyRead(QTcpSocket *socket)
+{
+    QByteArray &buffer = m_buffers[socket];
+    buffer += socket->readAll();
+    const int headerEnd = int(buffer.indexOf("\r\n\r\n"));
+    if (headerEnd < 0)
+        return;
+
+    Request request;
+    const QList<QByteArray> lines = buffer.left(headerEnd).split('\n');
+    const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
+    request.method = first.value(0);
+    request.path = first.value(1);
+    for (int i = 1; i < lines.size(); ++i) {
+        const int colon = int(lines[i].indexOf(':'));
+        if (colon > 0)
+            request.headers.insert(lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
+    }
+    const int length = request.headers.value("content-length", "0").toInt();
+    if (buffer.size() < headerEnd + 4 + length)
+        return;
+    request.body = buffer.mid(headerEnd + 4, length);
+    buffer.clear();
+
+    m_requests.append(request);
+    emit requestReceived(request.path);
+    if (m_hold)
+        m_held.append(Pending{socket, request.path});
+    else
+        respond(socket, request.path);
+}
+
+void HttpTestServer::respond(QTcpSocket *socket, const QByteArray &path)
+{
+    const auto it = m_routes.constFind(path);
+    const Route route = it != m_routes.constEnd() ? *it : Route{"not found", 404, "text/plain"};
+    QByteArray reply = "HTTP/1.1 " + QByteArray::number(route.status) + " Status\r\n";
+    reply += "Content-Type: " + route.contentType + "\r\n";
+    reply += "Content-Length: " + QByteArray::number(route.body.size()) + "\r\n";
+    reply += "Connection: close\r\n\r\n";
+    reply += route.body;
+    socket->write(reply);
+    socket->disconnectFromHost();
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QTcpServer>
+#include <QUrl>
+
+class QTcpSocket;
+
+// A small HTTP/1.1 server on 127.0.0.1 for tests: serves chosen bodies and
+// statuses per path, records every request, and can hold replies back so a
+// test can act while a request is in flight.
+class HttpTestServer final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(HttpTestServer)
+
+public:
+    struct Request
+    {
+        QByteArray method;
+        QByteArray path;
+        QHash<QByteArray, QByteArray> headers; // names lower-cased
+        QByteArray body;
+    };
+
+    explicit HttpTestServer(QObject *parent = nullptr);
+    ~HttpTestServer() override;
+
+    bool start();
+    quint16 port() const;
+    QUrl url() const; // http://127.0.0.1:port
+
+    // Unknown paths get 404.
+    void setRoute(const QByteArray &path, const QByteArray &body, int status = 200,
+                  const QByteArray &contentType = "application/json");
+    void setHoldReplies(bool hold);
+    void releaseHeld();
+
+    QList<Request> requests() const { return m_requests; }
+    int requestCount() const { return int(m_requests.size()); }
+    int requestCount(const QByteArray &path) const;
+    void clearRequests() { m_requests.clear(); }
+
+signals:
+    void requestReceived(const QByteArray &path);
+
+private:
+    struct Route
+    {
+        QByteArray body;
+        int status = 200;
+        QByteArray contentType;
+    };
+    struct Pending
+    {
+        QPointer<QTcpSocket> socket;
+        QByteArray path;
+    };
+
+    void onNewConnection();
+    void onReadyRead(QTcpSocket *socket);
+    void respond(QTcpSocket *socket, const QByteArray &path);
+
+    QTcpServer m_server;
+    QHash<QByteArray, Route> m_routes;
+    QHash<QTcpSocket *, QByteArray> m_buffers;
+    QList<Request> m_requests;
+    QList<Pending> m_held;
+    bool m_hold = false;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "model/bands.h"
+#include "model/stationspot.h"
+
+#include <QSet>
+#include <QSortFilterProxyModel>
+#include <QString>
+
+#include <array>
+#include <vector>
+
+class QTimer;
+
+// Decides which spots the table shows (source, status, mode, band, age,
+// programme, association, search text) and sorts by the model's sort values.
+class SpotFilterProxyModel final : public QSortFilterProxyModel
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SpotFilterProxyModel)
+
+public:
+    // Status filter values besides the StationSpot::Status numbers.
+    static constexpr int k_statusActive = -2;
+    static constexpr int k_statusAll = -1;
+    static constexpr int k_refilterMs = 60000;
+    static constexpr int k_defaultMaxAgeMins = 30;
+
+    enum ModeClass : int { SsbMode = 0, CwMode = 1, AmMode = 2, FmMode = 3, OtherMode = 4 };
+
+    explicit SpotFilterProxyModel(QObject *parent = nullptr);
+    ~SpotFilterProxyModel() override;
+
+    void setSourceFilter(bool sota, bool pota, bool wwff, bool wwbota, bool bota, bool dx, bool gma);
+    void setStatusFilter(int status);
+    void setTextFilter(const QString &text);
+    void setModeFilter(bool ssb, bool cw, bool am, bool fm, bool other);
+    void setMaxAgeMins(int minutes);
+    void setBandFilter(const QSet<QString> &bands);
+    void setPotaPrograms(const QSet<QString> &programs);
+    void setSotaAssociations(const QSet<QString> &associations);
+
+    bool isSourceEnabled(int source) const;
+    int statusFilter() const { return m_statusFilter; }
+    QString textFilter() const { return m_textFilter; }
+    bool isModeClassEnabled(ModeClass modeClass) const { return m_modeEnabled[modeClass]; }
+    int maxAgeMins() const { return m_maxAgeMins; }
+    QSet<QString> bandFilter() const { return m_bands; }
+    QSet<QString> potaProgramFilter() const { return m_potaPrograms; }
+    QSet<QString> sotaAssociationFilter() const { return m_sotaAssociations; }
+    int refilterIntervalMs() const;
+    bool isRefilterActive() const;
+
+    // The class of a mode text, compared upper-cased and whole.
+    static ModeClass modeClass(const QString &mode);
+
+protected:
+    bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
+
+private:
+    std::array<bool, 7> m_sourceEnabled{{true, true, true, true, true, false, true}};
+    int m_statusFilter = k_statusActive;
+    QString m_textFilter;
+    std::array<bool, 5> m_modeEnabled{{true, true, true, true, true}};
+    int m_maxAgeMins = k_defaultMaxAgeMins;
+    QSet<QString> m_bands;
+    QSet<QString> m_potaPrograms;
+    QSet<QString> m_sotaAssociations;
+    QTimer *m_refilterTimer;
+
+    // Lookup forms of the sets above, so the per-row test allocates nothing.
+    std::array<bool, k_bands.size()> m_bandEnabled{};
+    std::vector<QString> m_potaProgramList;
+    std::vector<QString> m_sotaAssociationList;
+};

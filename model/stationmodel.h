@@ -1,0 +1,138 @@
+#pragma once
+
+#include "model/stationspot.h"
+
+#include <QAbstractTableModel>
+#include <QDateTime>
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+class QTimer;
+
+// The one table of spots: merges every source's batches, expires old spots,
+// groups spots that belong together and carries the user's marks.
+class StationModel final : public QAbstractTableModel
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(StationModel)
+
+public:
+    enum Column : int {
+        SourceColumn = 0,
+        CallsignColumn = 1,
+        ReferenceColumn = 2,
+        NameColumn = 3,
+        FrequencyColumn = 4,
+        ModeColumn = 5,
+        AgeColumn = 6,
+        StatusColumn = 7,
+        DistanceColumn = 8,
+        BearingColumn = 9,
+        ColumnCount = 10
+    };
+
+    static constexpr int k_ageTickMs = 1000;
+    static constexpr qint64 k_maxSpotAgeSecs = 3 * 3600;
+    static constexpr double k_linkFreqKhz = 2.0;
+    static constexpr qint64 k_linkSecs = 1800;
+    static constexpr double k_partnerFreqKhz = 1.0;
+    static constexpr qint64 k_partnerSecs = 300;
+    static constexpr double k_similarFreqKhz = 1.0;
+    // Sort values of distance and bearing when either position is unknown.
+    static constexpr double k_unknownDistance = 1e18;
+    static constexpr double k_unknownBearing = -1.0;
+
+    // Milliseconds since the Unix epoch, UTC.
+    using Clock = std::function<qint64()>;
+
+    explicit StationModel(QObject *parent = nullptr);
+    ~StationModel() override;
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    // Replaces the batch's sources' earlier spots (DX spots are only added),
+    // expires spots older than three hours, keeps the newest row per call
+    // and reference, carries statuses by key and regroups; resets the model.
+    void mergeSpots(const QList<StationSpot> &batch);
+    void clearSpots();
+
+    // A copy of the row's spot; out of range, a default spot whose source is
+    // the invalid value 7.
+    StationSpot spotAt(int row) const;
+    const QList<StationSpot> &spots() const { return m_spots; }
+
+    static bool areLinked(const StationSpot &a, const StationSpot &b);
+    // Gives linked spots a common group number; unlinked spots get 0.
+    static void computeGroups(QList<StationSpot> &spots);
+
+    // Other operators at the same reference close in frequency and time.
+    QList<StationSpot> findMultiOpPartners(const QString &reference, double freqKhz, const QDateTime &time,
+                                           const QString &callsign) const;
+    QStringList keysInGroup(int groupId) const;
+    QStringList potaPrograms() const;
+    QStringList sotaAssociations() const;
+
+    void setWatchCallsigns(const QStringList &callsigns);
+    void setWatchReferences(const QStringList &references);
+    QSet<QString> watchCallsigns() const { return m_watchCallsigns; }
+    QSet<QString> watchReferences() const { return m_watchReferences; }
+
+    void setUserLocation(double lat, double lon);
+    void clearUserLocation();
+    bool hasUserLocation() const { return m_hasUserLocation; }
+    double userLat() const { return m_userLat; }
+    double userLon() const { return m_userLon; }
+
+    void setReferenceLocation(const QString &reference, double lat, double lon);
+
+    void setHighlightGroup(int groupId);
+    int highlightGroup() const { return m_highlightGroup; }
+
+    void markSpot(const QString &key, StationSpot::Status status);
+    void markGroupSpots(int groupId, StationSpot::Status status);
+    void markSimilarSpots(const QString &callsign, double freqKhz, StationSpot::Status status);
+
+    // The time source of expiry and ages; tests inject a fixed clock.
+    void setClock(Clock clock);
+    qint64 nowMSecs() const;
+
+    static QString formatFrequency(double khz);
+    static QString formatAge(const QDateTime &time);
+    static QString formatAge(const QDateTime &time, qint64 nowMSecs);
+
+    static bool gridToLatLon(const QString &grid, double &lat, double &lon);
+    static double distanceMi(double lat1, double lon1, double lat2, double lon2);
+    static double bearingDeg(double lat1, double lon1, double lat2, double lon2);
+
+    int ageTickIntervalMs() const;
+    bool isAgeTickActive() const;
+
+public slots:
+    void refreshAgeColumn();
+
+private:
+    void emitRowChanged(int row, int firstColumn, int lastColumn, const QList<int> &roles = {});
+    void setRowStatus(int row, StationSpot::Status status);
+    QVariant displayData(const StationSpot &spot, int column) const;
+    QVariant sortData(const StationSpot &spot, int column) const;
+    QVariant backgroundData(const StationSpot &spot) const;
+    QVariant foregroundData(const StationSpot &spot) const;
+    bool spotDistance(const StationSpot &spot, double &miles, double &degrees) const;
+
+    QList<StationSpot> m_spots;
+    QTimer *m_ageTimer;
+    bool m_hasUserLocation = false;
+    double m_userLat = 0.0;
+    double m_userLon = 0.0;
+    int m_highlightGroup = 0;
+    QSet<QString> m_watchCallsigns;
+    QSet<QString> m_watchReferences;
+    Clock m_clock;
+};

@@ -1,1 +1,110 @@
 #pragma once
+
+#include "radio/rigtypes.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <Qt>
+
+#include <array>
+
+// One telnet DX cluster the program logs into.
+struct DxClusterEntry
+{
+    QString host;
+    quint16 port = 23;
+
+    friend bool operator==(const DxClusterEntry &a, const DxClusterEntry &b)
+    {
+        return a.port == b.port && a.host == b.host;
+    }
+    friend bool operator!=(const DxClusterEntry &a, const DxClusterEntry &b) { return !(a == b); }
+};
+
+// Everything the settings file holds, already checked and clamped. A default-constructed
+// record is exactly what a missing or unusable file loads as.
+struct AppSettings
+{
+    static constexpr int k_sourceCount = 7;       // StationSpot::Source order
+    static constexpr int k_modeCount = 5;         // SSB, CW, AM, FM, Other
+    static constexpr int k_statusFilterCount = 5; // Active, All, Heard, Contacted, Not Heard
+    static constexpr int k_lastSortColumn = 9;
+
+    // Taken when the file names no usable cluster, so the DX feed always has somewhere to go.
+    static DxClusterEntry defaultDxCluster();
+
+    // Whether the file could be opened at load time; on a first start the window picks its
+    // own initial size. Not stored and not part of the comparison below.
+    bool fileExisted = false;
+
+    QString callsign;
+    QString sotaRef;
+    int maxAgeMins = 30;          // 1..720
+    int refreshIntervalSecs = 60; // 60..3600
+    bool hasUserLocation = false;
+    double latitude = 0.0;  // -90..90, only read back when hasUserLocation
+    double longitude = 0.0; // -180..180, likewise
+    RigConfig rig;
+
+    // Indexed by StationSpot::Source: SOTA, POTA, WWFF, WWBOTA, BOTA, DX, GMA.
+    std::array<bool, k_sourceCount> sources{{true, true, true, true, true, false, true}};
+    QList<DxClusterEntry> dxClusters{defaultDxCluster()};
+    // SSB, CW, AM, FM, Other: the order the filter proxy takes them in.
+    std::array<bool, k_modeCount> modes{{true, true, true, true, true}};
+
+    int statusFilter = 0; // index into the status choice, 0..4
+    int sortColumn = 6;   // 0..9
+    Qt::SortOrder sortOrder = Qt::DescendingOrder;
+
+    // Band names as read. A name the band table lacks is kept (it is written back unchanged)
+    // but matches no band button, so it has no effect.
+    QStringList disabledBands;
+    QStringList potaPrograms;
+    QStringList sotaAssociations;
+    QStringList watchCallsigns;
+    QStringList watchReferences;
+
+    bool wsEnabled = true;
+    quint16 wsPort = 2103; // 1024..65535
+    QString wsHost = QStringLiteral("127.0.0.1");
+    bool lwEnabled = false;
+    QString lwHost = QStringLiteral("127.0.0.1");
+    quint16 lwPort = 2104; // 1024..65535
+    bool autoAtu = false;
+
+    // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
+    QByteArray windowGeometry;
+    QByteArray windowState;
+    QByteArray splitterState;
+
+    friend bool operator==(const AppSettings &a, const AppSettings &b);
+    friend bool operator!=(const AppSettings &a, const AppSettings &b) { return !(a == b); }
+};
+
+// Home directory + "/.tallis/settings.json". Creates nothing.
+QString settingsFilePath();
+
+// Reads and writes the settings file at one path. Loading never fails: whatever is
+// missing, mistyped or out of range takes its default or is clamped. Saving rewrites the
+// whole file atomically, so an interrupted write leaves the previous file intact.
+class SettingsFile final
+{
+public:
+    explicit SettingsFile(QString path);
+
+    QString path() const { return m_path; }
+
+    AppSettings load() const;
+    // False when the file could not be written; the previous file then stays as it was.
+    bool save(const AppSettings &settings) const;
+
+    static AppSettings fromJson(const QJsonObject &json);
+    // Every key, always, so the file documents all there is to set.
+    static QJsonObject toJson(const AppSettings &settings);
+
+private:
+    QString m_path;
+};

@@ -11,7 +11,8 @@ int main(int argc, char *argv[])
 {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--text") == 0) {
-            std::fputs("Tallis: this build was compiled without ncurses; --text mode is unavailable.\n", stderr);
+            std::fputs("Tallis: this build was compiled without ncurses; --text mode is unavailable.\n",
+                       stderr);
             return 1;
         }
     }

@@ -2,12 +2,10 @@
 
 BotaSpotFetcher::BotaSpotFetcher(QObject *parent)
     : SpotFetcher(parent)
-{
-}
+{}
 
 void BotaSpotFetcher::fetch()
-{
-}
+{}
 
 QList<StationSpot> BotaSpotFetcher::parseResponse(const QByteArray &body)
 {

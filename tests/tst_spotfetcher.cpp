@@ -14,8 +14,7 @@ class LineFetcher final : public SpotFetcher
 public:
     explicit LineFetcher(const QUrl &url)
         : SpotFetcher(nullptr, url)
-    {
-    }
+    {}
     QList<StationSpot> parseResponse(const QByteArray &body) override
     {
         QList<StationSpot> spots;

@@ -79,7 +79,8 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
     for (int i = 1; i < lines.size(); ++i) {
         const int colon = int(lines[i].indexOf(':'));
         if (colon > 0)
-            request.headers.insert(lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
+            request.headers.insert(lines[i].left(colon).trimmed().toLower(),
+                                   lines[i].mid(colon + 1).trimmed());
     }
     const int length = request.headers.value("content-length", "0").toInt();
     if (buffer.size() < headerEnd + 4 + length)

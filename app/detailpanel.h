@@ -1,0 +1,49 @@
+#pragma once
+
+#include "model/stationspot.h"
+
+#include <QFrame>
+
+class QLabel;
+class QPushButton;
+
+// The panel beside the table: the selected spot's details, the radio
+// read-out and the action buttons.
+class DetailPanel final : public QFrame
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(DetailPanel)
+
+public:
+    explicit DetailPanel(QWidget *parent = nullptr);
+    ~DetailPanel() override;
+
+    // multiOp: the other operators at the reference, empty for none.
+    void showSpot(const StationSpot &spot, const QString &multiOp);
+    void clear();
+    void setActionsEnabled(bool enabled);
+
+    QLabel *radioFreqLabel() const { return m_radioFreq; }
+    QLabel *radioModeLabel() const { return m_radioMode; }
+    QPushButton *tuneButton() const { return m_tuneButton; }
+    QPushButton *heardButton() const { return m_heardButton; }
+    QPushButton *unheardButton() const { return m_unheardButton; }
+    QPushButton *addToLogButton() const { return m_addToLogButton; }
+
+private:
+    QLabel *m_callsign;
+    QLabel *m_reference;
+    QLabel *m_referenceName;
+    QLabel *m_frequency;
+    QLabel *m_mode;
+    QLabel *m_time;
+    QLabel *m_spotter;
+    QLabel *m_comments;
+    QLabel *m_multiop;
+    QLabel *m_radioFreq;
+    QLabel *m_radioMode;
+    QPushButton *m_tuneButton;
+    QPushButton *m_heardButton;
+    QPushButton *m_unheardButton;
+    QPushButton *m_addToLogButton;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QUrl>
+
+// Where the web spot services live. The defaults are the public services;
+// tests hand in a local server instead.
+struct ServiceUrls
+{
+    QUrl pota;
+    QUrl sota;
+    QUrl wwff;
+    QUrl wwbota;
+    QUrl gma;
+
+    static ServiceUrls defaults();
+    // Every service on one base URL (scheme, host and port).
+    static ServiceUrls allAt(const QUrl &base);
+};

@@ -1,0 +1,83 @@
+#include "support/testmain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+// Runs the real program binary as a user would.
+class TestProgram final : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QProcessEnvironment environmentWithHome(const QString &home)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), home);
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        return env;
+    }
+
+    // Starts the program and waits until it has written its settings file,
+    // which happens at the end of the window's construction.
+    static void startAndAwaitWindow(QProcess &process, const QString &home, const QStringList &args)
+    {
+        process.setProcessEnvironment(environmentWithHome(home));
+        process.start(QStringLiteral(TALLIS_BINARY), args);
+        QVERIFY(process.waitForStarted(10000));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(home + QStringLiteral("/.tallis/settings.json")), 20000);
+        QCOMPARE(process.state(), QProcess::Running);
+        process.kill();
+        process.waitForFinished(10000);
+    }
+
+private slots:
+    void textFlagPrintsNoticeAndExits()
+    {
+        QTemporaryDir home;
+        const QStringList variants[] = {{QStringLiteral("--text")},
+                                        {QStringLiteral("--foo"), QStringLiteral("--text")}};
+        for (const QStringList &args : variants) {
+            QProcess process;
+            process.setProcessEnvironment(environmentWithHome(home.path()));
+            process.start(QStringLiteral(TALLIS_BINARY), args);
+            QVERIFY(process.waitForFinished(10000));
+            QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(process.exitCode(), 1);
+            QCOMPARE(
+                process.readAllStandardError(),
+                QByteArray("Tallis: this build was compiled without ncurses; --text mode is unavailable.\n"));
+            QVERIFY(process.readAllStandardOutput().isEmpty());
+            // It stops before anything is built, so nothing is written.
+            QVERIFY(!QFileInfo::exists(home.path() + QStringLiteral("/.tallis")));
+        }
+    }
+
+    void similarArgumentsStartTheWindow()
+    {
+        for (const QString &arg : {QStringLiteral("--TEXT"), QStringLiteral("--text=1")}) {
+            QTemporaryDir home;
+            QProcess process;
+            startAndAwaitWindow(process, home.path(), {arg});
+        }
+    }
+
+    void startCreatesDataDirReplacingAPlainFile()
+    {
+        QTemporaryDir home;
+        QFile plain(home.path() + QStringLiteral("/.tallis"));
+        QVERIFY(plain.open(QIODevice::WriteOnly));
+        plain.write("not a directory");
+        plain.close();
+
+        QProcess process;
+        startAndAwaitWindow(process, home.path(), {});
+        QVERIFY(QFileInfo(home.path() + QStringLiteral("/.tallis")).isDir());
+    }
+};
+
+TALLIS_TEST_MAIN(TestProgram)
+#include "tst_program.moc"

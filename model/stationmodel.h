@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <vector>
 
 class QTimer;
 
@@ -134,5 +135,8 @@ private:
     int m_highlightGroup = 0;
     QSet<QString> m_watchCallsigns;
     QSet<QString> m_watchReferences;
+    // Sorted copies of the watch sets, searched without lower-casing a copy.
+    std::vector<QString> m_watchCallsignList;
+    std::vector<QString> m_watchReferenceList;
     Clock m_clock;
 };

@@ -4,6 +4,7 @@
 
 #include <QColor>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -26,6 +27,37 @@ constexpr int k_alignments[StationModel::ColumnCount] = {k_centre, k_left,  k_le
 int digitValue(QChar c)
 {
     return c.isDigit() ? c.digitValue() : -1;
+}
+
+// Whether the sorted, lower-cased list holds text.toLower(). ASCII text is
+// lowered character by character during the search, so nothing is allocated.
+bool containsLowered(const std::vector<QString> &sorted, const QString &text)
+{
+    if (sorted.empty())
+        return false;
+    bool ascii = true;
+    for (const QChar c : text)
+        ascii = ascii && c.unicode() < 0x80;
+    if (!ascii)
+        return std::binary_search(sorted.cbegin(), sorted.cend(), text.toLower());
+    const auto lowered = [&text](qsizetype i) {
+        const char16_t u = text.at(i).unicode();
+        return u >= u'A' && u <= u'Z' ? char16_t(u + (u'a' - u'A')) : u;
+    };
+    // Negative when entry sorts before the lowered text, as QString's < does.
+    const auto compare = [&](const QString &entry) {
+        const qsizetype n = std::min(entry.size(), text.size());
+        for (qsizetype i = 0; i < n; ++i) {
+            const char16_t e = entry.at(i).unicode();
+            const char16_t t = lowered(i);
+            if (e != t)
+                return e < t ? -1 : 1;
+        }
+        return entry.size() < text.size() ? -1 : (entry.size() > text.size() ? 1 : 0);
+    };
+    const auto it = std::partition_point(sorted.cbegin(), sorted.cend(),
+                                         [&](const QString &entry) { return compare(entry) < 0; });
+    return it != sorted.cend() && compare(*it) == 0;
 }
 
 qint64 roundHalfUp(double v)
@@ -154,9 +186,9 @@ QVariant StationModel::foregroundData(const StationSpot &spot) const
     case StationSpot::Unknown:
         break;
     }
-    if (!m_watchCallsigns.isEmpty() && m_watchCallsigns.contains(spot.callsign.toLower()))
+    if (containsLowered(m_watchCallsignList, spot.callsign))
         return QColor(64, 255, 128);
-    if (!m_watchReferences.isEmpty() && m_watchReferences.contains(spot.reference.toLower()))
+    if (containsLowered(m_watchReferenceList, spot.reference))
         return QColor(64, 176, 255);
     return QColor(232, 224, 208);
 }

@@ -11,9 +11,16 @@ class PotaSpotFetcher final : public SpotFetcher
 public:
     static constexpr const char *k_defaultUrl = "https://api.pota.app";
 
-    explicit PotaSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+    explicit PotaSpotFetcher(QObject *parent = nullptr,
+                             const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
     QList<StationSpot> parseResponse(const QByteArray &body) override;
+
+    // The parser itself, free of the fetcher: on a fault *error gets the
+    // message and the result is empty.
+    static QList<StationSpot> parseSpots(const QByteArray &body, QString *error);
+    // A spot time as the service writes it; a bare time stamp is UTC.
+    static QDateTime parseSpotTime(const QString &text);
 
 public slots:
     void fetch() override;

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QMainWindow>
+#include <QSet>
 
 #include <utility>
 
@@ -98,6 +99,7 @@ private:
 
     // The web sources in refresh order: SOTA, POTA, WWFF, WWBOTA, BOTA, GMA.
     QList<std::pair<StationSpot::Source, SpotFetcher *>> webSources() const;
+    QSet<QString> bandFilterFromButtons() const;
     void createDxFetchers();
     void updateSpotCounts();
     void restoreSelection(int previousRow);

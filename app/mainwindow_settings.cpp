@@ -55,13 +55,10 @@ void MainWindow::applySettingsToWidgets()
 
     // Unknown names in the list match no button and are ignored.
     const QSet<QString> disabled = toSet(s.disabledBands);
-    QSet<QString> allowed;
-    for (QPushButton *button : m_filterBar->bandButtons()) {
+    for (QPushButton *button : m_filterBar->bandButtons())
         button->setChecked(!disabled.contains(button->text()));
-        if (button->isChecked())
-            allowed.insert(button->text());
-    }
-    m_proxy->setBandFilter(s.disabledBands.isEmpty() ? QSet<QString>() : allowed);
+    // The same rule as a click on a band button, so a restored filter behaves alike.
+    m_proxy->setBandFilter(bandFilterFromButtons());
 
     m_proxy->setPotaPrograms(toSet(s.potaPrograms));
     m_proxy->setSotaAssociations(toSet(s.sotaAssociations));
@@ -101,7 +98,8 @@ AppSettings MainWindow::collectSettings() const
     for (int mode = 0; mode < AppSettings::k_modeCount; ++mode)
         s.modes[mode] = m_filterBar->isModeEnabled(static_cast<FilterBar::ModeClass>(mode));
     s.statusFilter = m_filterBar->statusCombo()->currentIndex();
-    s.sortColumn = m_table->horizontalHeader()->sortIndicatorSection();
+    if (m_table->horizontalHeader()->sortIndicatorSection() >= 0)
+        s.sortColumn = m_table->horizontalHeader()->sortIndicatorSection();
     s.sortOrder = m_table->horizontalHeader()->sortIndicatorOrder();
     s.disabledBands.clear();
     for (QPushButton *button : m_filterBar->bandButtons()) {

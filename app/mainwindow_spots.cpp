@@ -169,7 +169,7 @@ void MainWindow::onModeFilterChanged()
     saveJsonSettings();
 }
 
-void MainWindow::onBandFilterChanged()
+QSet<QString> MainWindow::bandFilterFromButtons() const
 {
     QSet<QString> ticked;
     const QList<QPushButton *> &buttons = m_filterBar->bandButtons();
@@ -178,7 +178,18 @@ void MainWindow::onBandFilterChanged()
             ticked.insert(button->text());
     }
     // All bands ticked means no band test at all, so out-of-band spots still show.
-    m_proxy->setBandFilter(ticked.size() == buttons.size() ? QSet<QString>() : ticked);
+    // None ticked must hide everything, but an empty set means "no test" to the
+    // proxy: a name that no band has does the hiding.
+    if (ticked.size() == buttons.size())
+        ticked.clear();
+    else if (ticked.isEmpty())
+        ticked.insert(QString());
+    return ticked;
+}
+
+void MainWindow::onBandFilterChanged()
+{
+    m_proxy->setBandFilter(bandFilterFromButtons());
     updateSpotCounts();
     saveJsonSettings();
 }

@@ -36,11 +36,18 @@ void HttpTestServer::setHoldReplies(bool hold)
     m_hold = hold;
 }
 
-void HttpTestServer::releaseHeld()
+void HttpTestServer::releaseHeld(const QByteArray &path)
 {
-    const QList<Pending> held = m_held;
-    m_held.clear();
-    for (const Pending &p : held) {
+    QList<Pending> release;
+    for (auto it = m_held.begin(); it != m_held.end();) {
+        if (path.isEmpty() || it->path == path) {
+            release.append(*it);
+            it = m_held.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    for (const Pending &p : std::as_const(release)) {
         if (p.socket)
             respond(p.socket, p.path);
     }

@@ -38,7 +38,8 @@ public:
     void setRoute(const QByteArray &path, const QByteArray &body, int status = 200,
                   const QByteArray &contentType = "application/json");
     void setHoldReplies(bool hold);
-    void releaseHeld();
+    // Answers the held requests, or only those for path when one is given.
+    void releaseHeld(const QByteArray &path = QByteArray());
 
     QList<Request> requests() const { return m_requests; }
     int requestCount() const { return int(m_requests.size()); }

@@ -187,6 +187,9 @@ void MainWindow::setupCentralWidget()
     m_table->verticalHeader()->setDefaultSectionSize(22);
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->sortByColumn(6, Qt::DescendingOrder);
+    // Distance and bearing mean nothing until the operator's position is known.
+    m_table->setColumnHidden(8, true);
+    m_table->setColumnHidden(9, true);
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::onSelectionChanged);
 

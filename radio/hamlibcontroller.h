@@ -1,0 +1,69 @@
+#pragma once
+
+#include "radio/rigtypes.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+struct s_rig;
+
+// The one place that talks to the transceiver: wraps a Hamlib rig handle.
+// It lives on a worker thread of its own and is reached by queued invocations
+// by name; only isConnected() may be called from another thread.
+class HamlibController final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(HamlibController)
+
+public:
+    explicit HamlibController(QObject *parent = nullptr);
+    ~HamlibController() override;
+
+    Q_INVOKABLE bool isConnected() const;
+    Q_INVOKABLE double getFrequency() const;
+    Q_INVOKABLE QString getMode() const;
+    Q_INVOKABLE RadioState queryState() const;
+    Q_INVOKABLE RadioCaps queryCaps() const;
+    Q_INVOKABLE QStringList availableRigs() const;
+
+public slots:
+    bool connectRig(const RigConfig &config);
+    void disconnectRig();
+    bool setFrequency(double kHz);
+    bool tune(double kHz, const QString &mode);
+    bool setPtt(bool on);
+    void requestPoll();
+
+    // Panel controls: silently ignored without a connected rig, Hamlib errors dropped.
+    void setVolume(int volume);
+    void setRfPower(int power);
+    void setMute(bool mute);
+    void setFilter(int filter);
+    void setBreakIn(int breakIn);
+    void setKeySpeed(int wpm);
+    void startTune();
+
+signals:
+    void connectionChanged(bool connected);
+    void frequencyChanged(double kHz);
+    void error(const QString &message);
+    void pollResult(double kHz, const QString &mode);
+    void capabilitiesChanged(const RadioCaps &caps);
+    void radioStateRead(const RadioState &state);
+
+private:
+    friend class TestHamlibController; // masks rig capabilities to reach fallbacks
+
+    bool isReady() const;
+    void closeRig();
+    void leaveConnected();
+
+    s_rig *m_rig = nullptr;
+    std::atomic_bool m_connected{false};
+    int m_pttType = 0;
+    int m_pollErrorCount = 0;
+    int m_savedVolume = 75;
+};

@@ -1,0 +1,178 @@
+#include "radio/hamlibcontroller.h"
+#include "support/testmain.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace {
+
+constexpr int k_netRigctlModel = 2;
+
+quint16 freeLoopbackPort()
+{
+    QTcpServer probe;
+    if (!probe.listen(QHostAddress::LocalHost, 0))
+        return 0;
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+
+bool acceptsConnections(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    const bool ok = socket.waitForConnected(200);
+    socket.abort();
+    return ok;
+}
+
+RigConfig netConfig(quint16 port)
+{
+    RigConfig config;
+    config.rigModel = k_netRigctlModel;
+    config.port = QStringLiteral("127.0.0.1:%1").arg(port);
+    return config;
+}
+
+} // namespace
+
+class TestRigctld : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Starts Hamlib's network daemon with its dummy rig on a free loopback port.
+    // A missing rigctld fails the test: the project's setup installs it.
+    static void startDaemon(QProcess &daemon, quint16 &port)
+    {
+        const QString program = QStandardPaths::findExecutable(QStringLiteral("rigctld"));
+        QVERIFY2(!program.isEmpty(), "rigctld is missing: install Hamlib's utilities (libhamlib-utils)");
+        port = freeLoopbackPort();
+        QVERIFY(port != 0);
+        daemon.setProgram(program);
+        daemon.setArguments({QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
+                             QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(port)});
+        daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        daemon.setStandardOutputFile(QProcess::nullDevice());
+        daemon.start();
+        QVERIFY2(daemon.waitForStarted(5000), qPrintable(daemon.errorString()));
+        QTRY_VERIFY_WITH_TIMEOUT(acceptsConnections(port) || daemon.state() != QProcess::Running, 10000);
+        QCOMPARE(daemon.state(), QProcess::Running);
+    }
+
+    static void stopDaemon(QProcess &daemon)
+    {
+        if (daemon.state() == QProcess::NotRunning)
+            return;
+        daemon.kill();
+        daemon.waitForFinished(5000);
+    }
+
+private slots:
+    void tunesPollsAndNoticesLoss()
+    {
+        QProcess daemon;
+        quint16 port = 0;
+        startDaemon(daemon, port);
+        if (QTest::currentTestFailed())
+            return;
+
+        HamlibController ctrl;
+        QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
+        QSignalSpy caps(&ctrl, &HamlibController::capabilitiesChanged);
+        QSignalSpy errors(&ctrl, &HamlibController::error);
+        QSignalSpy polls(&ctrl, &HamlibController::pollResult);
+
+        QVERIFY(ctrl.connectRig(netConfig(port)));
+        QCOMPARE(connection.count(), 1);
+        QCOMPARE(connection.at(0).at(0).toBool(), true);
+        QCOMPARE(caps.count(), 1);
+        const auto remoteCaps = caps.at(0).at(0).value<RadioCaps>();
+        QVERIFY(remoteCaps.hasVolume && remoteCaps.hasMute && remoteCaps.hasBreakIn &&
+                remoteCaps.hasKeySpeed);
+
+        QVERIFY(ctrl.tune(14074.0, QStringLiteral("SSB")));
+        QCOMPARE(ctrl.getFrequency(), 14074.0);
+        QCOMPARE(ctrl.getMode(), QStringLiteral("USB"));
+        ctrl.requestPoll();
+        QCOMPARE(polls.count(), 1);
+        QCOMPARE(polls.at(0).at(0).toDouble(), 14074.0);
+        QCOMPARE(polls.at(0).at(1).toString(), QStringLiteral("USB"));
+
+        ctrl.setKeySpeed(99);
+        ctrl.setVolume(30);
+        const RadioState state = ctrl.queryState();
+        QCOMPARE(state.keySpeed, 60);
+        QCOMPARE(state.volume, 30);
+        QCOMPARE(errors.count(), 0);
+
+        stopDaemon(daemon);
+        // No cached answer may pretend the rig is still there.
+        QCOMPARE(ctrl.getFrequency(), 0.0);
+        QCOMPARE(ctrl.getMode(), QString());
+
+        QElapsedTimer pollTime;
+        pollTime.start();
+        for (int i = 0; i < 4; ++i)
+            ctrl.requestPoll();
+        QVERIFY(ctrl.isConnected());
+        QCOMPARE(errors.count(), 0);
+        QCOMPARE(connection.count(), 1);
+
+        ctrl.requestPoll();
+        qInfo("five failed polls took %lld ms", static_cast<long long>(pollTime.elapsed()));
+        QVERIFY(!ctrl.isConnected());
+        QCOMPARE(errors.count(), 1);
+        QCOMPARE(errors.at(0).at(0).toString(),
+                 QStringLiteral("Radio connection lost — auto-disconnecting after repeated errors"));
+        QCOMPARE(connection.count(), 2);
+        QCOMPARE(connection.at(1).at(0).toBool(), false);
+        QCOMPARE(caps.count(), 2);
+        QVERIFY(!caps.at(1).at(0).value<RadioCaps>().hasVolume);
+
+        // Later polls stay quiet, and a failed reconnect says so once.
+        ctrl.requestPoll();
+        QVERIFY(!ctrl.connectRig(netConfig(port)));
+        QCOMPARE(errors.count(), 2);
+        QVERIFY(errors.at(1).at(0).toString().startsWith(QStringLiteral("Failed to open rig: ")));
+        QCOMPARE(connection.count(), 2);
+    }
+
+    void badPortOrModel()
+    {
+        HamlibController ctrl;
+        QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
+        QSignalSpy errors(&ctrl, &HamlibController::error);
+
+        const quint16 closedPort = freeLoopbackPort();
+        QVERIFY(closedPort != 0);
+        QVERIFY(!ctrl.connectRig(netConfig(closedPort)));
+        QCOMPARE(errors.count(), 1);
+        const QString message = errors.at(0).at(0).toString();
+        QVERIFY2(message.startsWith(QStringLiteral("Failed to open rig: ")), qPrintable(message));
+        QVERIFY2(message.size() > 20 && !message.contains(QLatin1Char('\n')), qPrintable(message));
+        QCOMPARE(connection.count(), 0);
+        QVERIFY(!ctrl.isConnected());
+
+        // A model Hamlib has never heard of fails before any port is opened.
+        RigConfig unknown = netConfig(closedPort);
+        unknown.rigModel = 99999;
+        QVERIFY(!ctrl.connectRig(unknown));
+        QCOMPARE(errors.count(), 2);
+        QCOMPARE(errors.at(1).at(0).toString(), QStringLiteral("Failed to initialise rig model 99999"));
+        QCOMPARE(connection.count(), 0);
+
+        // The controller is left clean: polls and panel controls do nothing.
+        ctrl.requestPoll();
+        ctrl.setVolume(10);
+        QCOMPARE(errors.count(), 2);
+    }
+};
+
+TALLIS_TEST_MAIN(TestRigctld)
+#include "tst_rigctld.moc"

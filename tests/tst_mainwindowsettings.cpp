@@ -1,0 +1,191 @@
+#include "app/filterbar.h"
+#include "app/mainwindow.h"
+#include "app/settingsfile.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
+#include "sources/spotfetcher.h"
+#include "support/testmain.h"
+#include "support/windowfixture.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+
+#include <memory>
+
+using namespace WindowFixture;
+
+// The settings file as the window reads and writes it.
+class TestMainWindowSettings final : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<HttpTestServer> m_server;
+
+    static QPushButton *button(MainWindow &w, const QString &objectName, const QString &text)
+    {
+        for (QPushButton *b : w.findChildren<QPushButton *>(objectName)) {
+            if (b->text() == text)
+                return b;
+        }
+        return nullptr;
+    }
+    static QStringList keysOf(const QJsonObject &o)
+    {
+        QStringList keys = o.keys();
+        keys.sort();
+        return keys;
+    }
+
+private slots:
+    void init()
+    {
+        resetDataDir();
+        m_server = std::make_unique<HttpTestServer>();
+        QVERIFY(m_server->start());
+        serveEmptySources(*m_server);
+    }
+    void cleanup() { m_server.reset(); }
+
+    void firstStartWritesEveryKey()
+    {
+        MainWindow w(servicesAt(*m_server));
+        QCOMPARE(w.size(), QSize(1200, 680));
+        const QJsonObject written = readSettings();
+        QCOMPARE(keysOf(written), keysOf(SettingsFile::toJson(AppSettings())));
+        QCOMPARE(written.value(QStringLiteral("sortColumn")).toInt(), 6);
+        QCOMPARE(written.value(QStringLiteral("sortOrder")).toInt(), 1);
+        QCOMPARE(written.value(QStringLiteral("dxClusters")).toArray().size(), 1);
+        // Indented, as a person would want to read it.
+        QFile file(settingsPath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().contains("\n    \""));
+    }
+
+    void storedChoicesAreRestored()
+    {
+        writeSettings(QJsonObject{
+            {QStringLiteral("callsign"), QStringLiteral("W1AW")},
+            {QStringLiteral("maxAgeMins"), 0},
+            {QStringLiteral("sources"), QJsonObject{{QStringLiteral("pota"), false}}},
+            {QStringLiteral("modes"), QJsonObject{{QStringLiteral("cw"), false}}},
+            {QStringLiteral("statusFilter"), 2},
+            {QStringLiteral("disabledBands"), QJsonArray{QStringLiteral("20m"), QStringLiteral("11m")}},
+            {QStringLiteral("sortColumn"), 12},
+            {QStringLiteral("sortOrder"), 0},
+            {QStringLiteral("hasUserLocation"), false},
+            {QStringLiteral("latitude"), 41.5},
+            {QStringLiteral("longitude"), -73.0},
+            {QStringLiteral("potaPrograms"), QJsonArray{QStringLiteral("US")}},
+            {QStringLiteral("watchCallsigns"), QJsonArray{QStringLiteral("K1ABC")}},
+        });
+        MainWindow w(servicesAt(*m_server));
+
+        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("callsignLabel"))->text(), QStringLiteral("DE: W1AW"));
+        QCOMPARE(w.filterProxy()->maxAgeMins(), 1);
+        QVERIFY(!button(w, QStringLiteral("sourceBtn"), QStringLiteral("POTA"))->isChecked());
+        QVERIFY(!button(w, QStringLiteral("sourceBtn"), QStringLiteral("DX Cluster"))->isChecked());
+        QVERIFY(button(w, QStringLiteral("sourceBtn"), QStringLiteral("GMA"))->isChecked());
+        QVERIFY(!w.filterProxy()->isSourceEnabled(StationSpot::POTA));
+        QVERIFY(!w.webFetchers().at(0)->isAutoRefreshing()); // POTA stays quiet
+        QVERIFY(w.webFetchers().at(1)->isAutoRefreshing());
+        QVERIFY(!button(w, QStringLiteral("modeBtn"), QStringLiteral("CW"))->isChecked());
+        QVERIFY(!w.filterProxy()->isModeClassEnabled(SpotFilterProxyModel::CwMode));
+        QCOMPARE(w.findChild<QComboBox *>()->currentText(), QStringLiteral("Heard"));
+        QCOMPARE(w.filterProxy()->statusFilter(), 1);
+        QVERIFY(!button(w, QStringLiteral("bandBtn"), QStringLiteral("20m"))->isChecked());
+        QVERIFY(button(w, QStringLiteral("bandBtn"), QStringLiteral("40m"))->isChecked());
+        QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorSection(), 9);
+        QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
+        QVERIFY(!w.stationModel()->hasUserLocation());
+        QVERIFY(w.spotTable()->isColumnHidden(8));
+        QVERIFY(w.spotTable()->isColumnHidden(9));
+        QCOMPARE(w.findChild<QPushButton *>(QStringLiteral("programsBtn"))->text(),
+                 QStringLiteral("Programs… ●"));
+
+        // The start-up save wrote back what was loaded, clamped and complete.
+        const QJsonObject written = readSettings();
+        QCOMPARE(keysOf(written), keysOf(SettingsFile::toJson(AppSettings())));
+        QCOMPARE(written.value(QStringLiteral("maxAgeMins")).toInt(), 1);
+        QCOMPARE(written.value(QStringLiteral("statusFilter")).toInt(), 2);
+        QCOMPARE(written.value(QStringLiteral("sortColumn")).toInt(), 9);
+        QCOMPARE(written.value(QStringLiteral("sortOrder")).toInt(), 0);
+        QCOMPARE(written.value(QStringLiteral("disabledBands")).toArray(), QJsonArray{QStringLiteral("20m")});
+        QCOMPARE(written.value(QStringLiteral("sources")).toObject().value(QStringLiteral("dx")),
+                 QJsonValue(false));
+        QCOMPARE(written.value(QStringLiteral("watchCallsigns")).toArray(),
+                 QJsonArray{QStringLiteral("K1ABC")});
+        QCOMPARE(written.value(QStringLiteral("latitude")).toDouble(), 0.0); // not read without a location
+    }
+
+    void userLocationShowsDistanceAndBearing()
+    {
+        writeSettings(QJsonObject{{QStringLiteral("hasUserLocation"), true},
+                                  {QStringLiteral("latitude"), 95},
+                                  {QStringLiteral("longitude"), -73.0}});
+        MainWindow w(servicesAt(*m_server));
+        QVERIFY(w.stationModel()->hasUserLocation());
+        QCOMPARE(w.stationModel()->userLat(), 90.0);
+        QCOMPARE(w.stationModel()->userLon(), -73.0);
+        QVERIFY(!w.spotTable()->isColumnHidden(8));
+        QVERIFY(!w.spotTable()->isColumnHidden(9));
+    }
+
+    void corruptFileGivesDefaultsAndIsRewritten()
+    {
+        for (const QByteArray &garbage :
+             {QByteArray("{\"callsign\": \"W1A"), QByteArray(), QByteArray("[1,2]")}) {
+            resetDataDir();
+            ensureTallisDirForTest(garbage);
+            MainWindow w(servicesAt(*m_server));
+            QCOMPARE(w.findChild<QLabel *>(QStringLiteral("callsignLabel"))->text(),
+                     QStringLiteral("DE: [not set]"));
+            const QJsonObject written = readSettings();
+            QCOMPARE(keysOf(written), keysOf(SettingsFile::toJson(AppSettings())));
+            QCOMPARE(written.value(QStringLiteral("callsign")).toString(), QString());
+        }
+    }
+
+    void changesAreSavedAtOnce()
+    {
+        MainWindow w(servicesAt(*m_server));
+        w.spotTable()->sortByColumn(1, Qt::AscendingOrder);
+        QCOMPARE(readSettings().value(QStringLiteral("sortColumn")).toInt(), 1);
+        QCOMPARE(readSettings().value(QStringLiteral("sortOrder")).toInt(), 0);
+
+        button(w, QStringLiteral("modeBtn"), QStringLiteral("FM"))->click();
+        QCOMPARE(readSettings().value(QStringLiteral("modes")).toObject().value(QStringLiteral("fm")),
+                 QJsonValue(false));
+
+        w.findChild<QCheckBox *>(QStringLiteral("autoAtuCheck"))->setChecked(true);
+        QCOMPARE(readSettings().value(QStringLiteral("autoAtu")), QJsonValue(true));
+
+        // Closing stores the layout.
+        w.resize(1000, 640);
+        w.close();
+        const QByteArray geometry = QByteArray::fromBase64(
+            readSettings().value(QStringLiteral("windowGeometry")).toString().toLatin1());
+        QVERIFY(!geometry.isEmpty());
+        MainWindow again(servicesAt(*m_server));
+        QCOMPARE(again.size(), QSize(1000, 640));
+        QCOMPARE(again.spotTable()->horizontalHeader()->sortIndicatorSection(), 1);
+    }
+
+private:
+    static void ensureTallisDirForTest(const QByteArray &contents)
+    {
+        writeSettings({});
+        QFile file(settingsPath());
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(contents);
+    }
+};
+
+TALLIS_TEST_MAIN(TestMainWindowSettings)
+#include "tst_mainwindowsettings.moc"

@@ -1,40 +1,16 @@
 #include "radio/hamlibcontroller.h"
+#include "support/rigctldprocess.h"
 #include "support/testmain.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QStandardPaths>
-#include <QTcpServer>
-#include <QTcpSocket>
 
 namespace {
-
-constexpr int k_netRigctlModel = 2;
-
-quint16 freeLoopbackPort()
-{
-    QTcpServer probe;
-    if (!probe.listen(QHostAddress::LocalHost, 0))
-        return 0;
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
-}
-
-bool acceptsConnections(quint16 port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    const bool ok = socket.waitForConnected(200);
-    socket.abort();
-    return ok;
-}
 
 RigConfig netConfig(quint16 port)
 {
     RigConfig config;
-    config.rigModel = k_netRigctlModel;
+    config.rigModel = RigctldProcess::k_netRigctlModel;
     config.port = QStringLiteral("127.0.0.1:%1").arg(port);
     return config;
 }
@@ -45,42 +21,12 @@ class TestRigctld : public QObject
 {
     Q_OBJECT
 
-private:
-    // Starts Hamlib's network daemon with its dummy rig on a free loopback port.
-    // A missing rigctld fails the test: the project's setup installs it.
-    static void startDaemon(QProcess &daemon, quint16 &port)
-    {
-        const QString program = QStandardPaths::findExecutable(QStringLiteral("rigctld"));
-        QVERIFY2(!program.isEmpty(), "rigctld is missing: install Hamlib's utilities (libhamlib-utils)");
-        port = freeLoopbackPort();
-        QVERIFY(port != 0);
-        daemon.setProgram(program);
-        daemon.setArguments({QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
-                             QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(port)});
-        daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        daemon.setStandardOutputFile(QProcess::nullDevice());
-        daemon.start();
-        QVERIFY2(daemon.waitForStarted(5000), qPrintable(daemon.errorString()));
-        QTRY_VERIFY_WITH_TIMEOUT(acceptsConnections(port) || daemon.state() != QProcess::Running, 10000);
-        QCOMPARE(daemon.state(), QProcess::Running);
-    }
-
-    static void stopDaemon(QProcess &daemon)
-    {
-        if (daemon.state() == QProcess::NotRunning)
-            return;
-        daemon.kill();
-        daemon.waitForFinished(5000);
-    }
-
 private slots:
     void tunesPollsAndNoticesLoss()
     {
-        QProcess daemon;
-        quint16 port = 0;
-        startDaemon(daemon, port);
-        if (QTest::currentTestFailed())
-            return;
+        RigctldProcess daemon;
+        QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
+        const quint16 port = daemon.port();
 
         HamlibController ctrl;
         QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
@@ -111,7 +57,7 @@ private slots:
         QCOMPARE(state.volume, 30);
         QCOMPARE(errors.count(), 0);
 
-        stopDaemon(daemon);
+        daemon.stop();
         // No cached answer may pretend the rig is still there.
         QCOMPARE(ctrl.getFrequency(), 0.0);
         QCOMPARE(ctrl.getMode(), QString());
@@ -149,7 +95,7 @@ private slots:
         QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
         QSignalSpy errors(&ctrl, &HamlibController::error);
 
-        const quint16 closedPort = freeLoopbackPort();
+        const quint16 closedPort = RigctldProcess::freeLoopbackPort();
         QVERIFY(closedPort != 0);
         QVERIFY(!ctrl.connectRig(netConfig(closedPort)));
         QCOMPARE(errors.count(), 1);

@@ -1,0 +1,89 @@
+#include "support/rigctldprocess.h"
+
+#include <QDeadlineTimer>
+#include <QStandardPaths>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QThread>
+
+RigctldProcess::~RigctldProcess()
+{
+    stop();
+}
+
+bool RigctldProcess::start(quint16 port)
+{
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("rigctld"));
+    if (program.isEmpty()) {
+        // The project's setup installs it; a missing daemon is a failure, not a skip.
+        m_error = QStringLiteral("rigctld is missing: install Hamlib's utilities (libhamlib-utils)");
+        return false;
+    }
+    m_port = port != 0 ? port : freeLoopbackPort();
+    if (m_port == 0) {
+        m_error = QStringLiteral("no free loopback port");
+        return false;
+    }
+    m_process.setProgram(program);
+    m_process.setArguments({QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
+                            QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(m_port)});
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.setStandardOutputFile(QProcess::nullDevice());
+    m_process.start();
+    if (!m_process.waitForStarted(5000)) {
+        m_error = m_process.errorString();
+        return false;
+    }
+    const QDeadlineTimer deadline(10000);
+    while (!deadline.hasExpired()) {
+        if (m_process.state() != QProcess::Running) {
+            m_error = QStringLiteral("rigctld exited early");
+            return false;
+        }
+        if (acceptsConnections(m_port))
+            return true;
+        QThread::msleep(20);
+    }
+    m_error = QStringLiteral("rigctld did not accept connections");
+    return false;
+}
+
+void RigctldProcess::stop()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.kill();
+    m_process.waitForFinished(5000);
+}
+
+bool RigctldProcess::isRunning() const
+{
+    return m_process.state() == QProcess::Running;
+}
+
+RigConfig RigctldProcess::rigConfig() const
+{
+    RigConfig config;
+    config.rigModel = k_netRigctlModel;
+    config.port = QStringLiteral("127.0.0.1:%1").arg(m_port);
+    return config;
+}
+
+quint16 RigctldProcess::freeLoopbackPort()
+{
+    QTcpServer probe;
+    if (!probe.listen(QHostAddress::LocalHost, 0))
+        return 0;
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+
+bool RigctldProcess::acceptsConnections(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    const bool ok = socket.waitForConnected(200);
+    socket.abort();
+    return ok;
+}

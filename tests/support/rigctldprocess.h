@@ -1,0 +1,38 @@
+#pragma once
+
+#include "radio/rigtypes.h"
+
+#include <QProcess>
+#include <QString>
+
+// Hamlib's network rig daemon with its dummy rig (rigctld -m 1) on a loopback
+// port, for tests of the network-rig path. It stops when destroyed.
+class RigctldProcess final
+{
+public:
+    static constexpr int k_netRigctlModel = 2;
+
+    RigctldProcess() = default;
+    ~RigctldProcess();
+    RigctldProcess(const RigctldProcess &) = delete;
+    RigctldProcess &operator=(const RigctldProcess &) = delete;
+
+    // Starts on the given port, or on a free one when port is 0, and waits
+    // until it accepts connections. On failure, errorString() says why.
+    bool start(quint16 port = 0);
+    void stop();
+    bool isRunning() const;
+    quint16 port() const { return m_port; }
+    QString errorString() const { return m_error; }
+
+    // The controller's settings for this daemon: Hamlib's NET rigctl model.
+    RigConfig rigConfig() const;
+
+    static quint16 freeLoopbackPort();
+    static bool acceptsConnections(quint16 port);
+
+private:
+    QProcess m_process;
+    quint16 m_port = 0;
+    QString m_error;
+};

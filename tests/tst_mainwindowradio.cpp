@@ -1,0 +1,103 @@
+#include "app/mainwindow.h"
+#include "radio/hamlibcontroller.h"
+#include "support/rigctldprocess.h"
+#include "support/testmain.h"
+#include "support/windowfixture.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using namespace WindowFixture;
+
+// The window's rig path against a real network rig daemon: the start-up
+// connect, polling, loss after failed polls and the reconnect timer.
+class TestMainWindowRadio final : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<HttpTestServer> m_server;
+
+    static QString labelText(MainWindow &w, const char *name)
+    {
+        return w.findChild<QLabel *>(QLatin1String(name))->text();
+    }
+    static QJsonObject hamlibSettings(const RigConfig &config)
+    {
+        return QJsonObject{{QStringLiteral("rigModel"), config.rigModel},
+                           {QStringLiteral("port"), config.port}};
+    }
+
+private slots:
+    void init()
+    {
+        resetDataDir();
+        m_server = std::make_unique<HttpTestServer>();
+        QVERIFY(m_server->start());
+        serveEmptySources(*m_server);
+    }
+    void cleanup() { m_server.reset(); }
+
+    void noPortMeansNoRig()
+    {
+        MainWindow w(servicesAt(*m_server));
+        QSignalSpy connection(w.rigController(), &HamlibController::connectionChanged);
+        QSignalSpy errors(w.rigController(), &HamlibController::error);
+        // The reconnect handler has nothing to open without a port.
+        QMetaObject::invokeMethod(w.rigReconnectTimer(), "timeout");
+        QTest::qWait(1800); // past the start-up delay
+        QCOMPARE(connection.count(), 0);
+        QCOMPARE(errors.count(), 0);
+        QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
+        QVERIFY(!w.radioPollTimer()->isActive());
+    }
+
+    void networkRigIsConnectedLostAndRegained()
+    {
+        RigctldProcess daemon;
+        QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
+        writeSettings(QJsonObject{{QStringLiteral("hamlib"), hamlibSettings(daemon.rigConfig())}});
+
+        MainWindow w(servicesAt(*m_server));
+        // Not at once: the window shows first, the rig opens 1.5 s later.
+        QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),
+                                  10000);
+        QVERIFY(w.radioPollTimer()->isActive());
+        QVERIFY(!w.rigReconnectTimer()->isActive());
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "radioFreqLabel").endsWith(QStringLiteral(" MHz")), true,
+                                  5000);
+
+        // The daemon dies: after five failed polls the window shows the loss
+        // and starts trying again every 15 s.
+        QSignalSpy errors(w.rigController(), &HamlibController::error);
+        daemon.stop();
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusRadio"),
+                                  QStringLiteral("Radio unconfigured — consult the settings"), 30000);
+        QCOMPARE(labelText(w, "radioFreqLabel"), QStringLiteral("NOT CONNECTED"));
+        QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
+        QVERIFY(!w.radioPollTimer()->isActive());
+        QVERIFY(w.rigReconnectTimer()->isActive());
+        QCOMPARE(w.rigReconnectTimer()->interval(), 15000);
+        QVERIFY(!errors.isEmpty());
+        QCOMPARE(errors.first().first().toString(),
+                 QStringLiteral("Radio connection lost — auto-disconnecting after repeated errors"));
+
+        // The daemon comes back on the same port; the reconnect timer finds it
+        // (its interval shortened here so the test need not wait 15 s).
+        QVERIFY2(daemon.start(daemon.port()), qPrintable(daemon.errorString()));
+        w.rigReconnectTimer()->setInterval(100);
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),
+                                  15000);
+        QVERIFY(!w.rigReconnectTimer()->isActive());
+        QVERIFY(w.radioPollTimer()->isActive());
+    }
+};
+
+TALLIS_TEST_MAIN(TestMainWindowRadio)
+#include "tst_mainwindowradio.moc"

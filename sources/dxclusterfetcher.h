@@ -1,1 +1,109 @@
 #pragma once
+
+#include "model/stationspot.h"
+
+#include <QAbstractSocket>
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringDecoder>
+
+class QTcpSocket;
+class QTimer;
+
+// Client of one telnet DX cluster node: logs in with the user's call sign,
+// asks for DX spots and turns every "DX de" line into a one-spot batch. It
+// offers the signals of the web fetchers so the window can wire it alike, and
+// reconnects by itself with a growing delay until it is told to stop.
+class DxClusterFetcher final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(DxClusterFetcher)
+
+public:
+    enum State : int { Disconnected = 0, Connecting = 1, LoggingIn = 2, LoggedIn = 3 };
+    Q_ENUM(State)
+
+    static constexpr const char *k_defaultHost = "dxc.ve7cc.net";
+    static constexpr quint16 k_defaultPort = 23;
+    static constexpr int k_initialReconnectDelayMs = 5000;
+    static constexpr int k_maxReconnectDelayMs = 300000;
+    // Cluster lines are a few dozen characters; anything this long without a
+    // line feed is not a line and is dropped rather than buffered for ever.
+    static constexpr qsizetype k_maxLineChars = 16384;
+
+    explicit DxClusterFetcher(QObject *parent = nullptr);
+    DxClusterFetcher(const QString &host, quint16 port, const QString &callsign, QObject *parent = nullptr);
+    ~DxClusterFetcher() override;
+
+    // A new address while logged in ends the session without reconnecting;
+    // the owner connects again. In other states it is used at the next attempt.
+    void setHost(const QString &host, quint16 port);
+    QString host() const { return m_host; }
+    quint16 port() const { return m_port; }
+
+    void setCallsign(const QString &call);
+    QString callsign() const { return m_callsign; }
+
+    bool isConnected() const { return m_state == LoggedIn; }
+    State state() const { return m_state; }
+
+    // Reconnection back-off: whether a retry is pending, the wait it was
+    // scheduled with, and the wait the next scheduled retry will use.
+    bool isReconnectPending() const;
+    int reconnectIntervalMs() const;
+    int nextReconnectDelayMs() const { return m_reconnectDelayMs; }
+
+    // Text received after the last line feed, waiting for the rest of its line.
+    qsizetype bufferedChars() const { return m_buffer.size(); }
+
+    // Pure parsing, free of networking. A line that is not a valid spot gives
+    // a default record (empty call sign, frequency 0).
+    static StationSpot parseDxLine(const QString &line);
+    static StationSpot parseDxLine(const QString &line, const QDateTime &nowUtc);
+    static QString extractMode(const QString &comment);
+    static QString stripAnsi(const QString &text);
+    // The spot's "HHMM" stamp on the day of nowUtc, or the day before when it
+    // would otherwise lie more than twelve hours ahead; invalid for a bad time.
+    static QDateTime spotTimeUtc(int hhmm, const QDateTime &nowUtc);
+
+public slots:
+    void connectToCluster();
+    void disconnectFromCluster();
+
+signals:
+    void spotsReady(QList<StationSpot> spots);
+    void fetchError(QString error);
+    void fetchStarted();
+    void connectionChanged(bool connected);
+
+private slots:
+    void onSocketConnected();
+    void onSocketDisconnected();
+    void onSocketReadyRead();
+    void onSocketError(QAbstractSocket::SocketError socketError);
+    void onReconnectTimer();
+
+private:
+    bool canStartConnection(); // reports a missing host
+    void startConnection();
+    void processLine(const QString &line);
+    void sendLogin();
+    void stopSession();
+    void scheduleReconnect();
+    QString addressText() const;
+
+    QTcpSocket *m_socket;
+    QTimer *m_reconnectTimer;
+    QString m_host;
+    quint16 m_port = k_defaultPort;
+    QString m_callsign;
+    QString m_buffer;
+    QStringDecoder m_decoder;
+    bool m_discardingLine = false;
+    quint64 m_session = 0; // changes whenever a connection starts or ends
+    int m_reconnectDelayMs = k_initialReconnectDelayMs;
+    bool m_stopped = false;
+    State m_state = Disconnected;
+};

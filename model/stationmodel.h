@@ -119,6 +119,26 @@ public slots:
     void refreshAgeColumn();
 
 private:
+    // What the merge needs of a row, kept beside it so that a merge reads
+    // compact arrays instead of every row's strings.
+    struct RowInfo
+    {
+        qint64 timeMs;
+        quint64 callRefHash;
+    };
+    // A row under a case-folded call sign or reference: rows that can link
+    // share a bucket and lie close in frequency.
+    struct LinkCandidate
+    {
+        quint64 bucket;
+        double freqKhz;
+        int row;
+    };
+    static void appendLinkCandidates(std::vector<LinkCandidate> &candidates, const StationSpot &spot,
+                                     int row);
+    static void sortLinkCandidates(std::vector<LinkCandidate> &candidates);
+    static void assignGroups(QList<StationSpot> &spots, const std::vector<LinkCandidate> &sortedCandidates);
+
     void emitRowChanged(int row, int firstColumn, int lastColumn, const QList<int> &roles = {});
     void setRowStatus(int row, StationSpot::Status status);
     QVariant displayData(const StationSpot &spot, int column) const;
@@ -128,6 +148,8 @@ private:
     bool spotDistance(const StationSpot &spot, double &miles, double &degrees) const;
 
     QList<StationSpot> m_spots;
+    std::vector<RowInfo> m_rowInfo;
+    std::vector<LinkCandidate> m_linkCandidates; // sorted by bucket, then frequency
     QTimer *m_ageTimer;
     bool m_hasUserLocation = false;
     double m_userLat = 0.0;

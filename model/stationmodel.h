@@ -125,6 +125,7 @@ private:
     {
         qint64 timeMs;
         quint64 callRefHash;
+        int source;
     };
     // A row under a case-folded call sign or reference: rows that can link
     // share a bucket and lie close in frequency.

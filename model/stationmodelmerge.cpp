@@ -262,16 +262,23 @@ void StationModel::mergeSpots(const QList<StationSpot> &batch)
     };
     std::vector<Incoming> incoming;
     incoming.reserve(size_t(batch.size()));
-    QMultiHash<quint64, int> incomingByHash;
     for (int i = 0; i < batch.size(); ++i) {
         const StationSpot &spot = batch.at(i);
         const qint64 t = timeMs(spot);
-        if (t < cutoff)
-            continue;
-        incoming.push_back(
-            {i, {t, callRefHash(spot)}, keyKhz(spot.frequencyKhz), StationSpot::Unknown, false});
-        incomingByHash.insert(incoming.back().info.callRefHash, int(incoming.size()) - 1);
+        if (t >= cutoff)
+            incoming.push_back({i,
+                                {t, callRefHash(spot), spot.source},
+                                keyKhz(spot.frequencyKhz),
+                                StationSpot::Unknown,
+                                false});
     }
+    // (hash, position in incoming), sorted: every current row is looked up
+    // here, and for the usual small batch a search beats a hash table.
+    std::vector<std::pair<quint64, int>> incomingByHash;
+    incomingByHash.reserve(incoming.size());
+    for (int k = 0; k < int(incoming.size()); ++k)
+        incomingByHash.emplace_back(incoming[size_t(k)].info.callRefHash, k);
+    std::sort(incomingByHash.begin(), incomingByHash.end());
 
     // One entry per candidate row of the result. "Contested" entries share
     // call and reference with an incoming spot and go through de-duplication;
@@ -288,10 +295,11 @@ void StationModel::mergeSpots(const QList<StationSpot> &batch)
     for (int row = 0; row < oldCount; ++row) {
         const RowInfo &info = m_rowInfo[size_t(row)];
         bool contested = false;
-        if (!incoming.empty()) {
-            for (auto it = incomingByHash.constFind(info.callRefHash);
-                 it != incomingByHash.cend() && it.key() == info.callRefHash; ++it) {
-                Incoming &in = incoming[size_t(it.value())];
+        auto it = std::lower_bound(incomingByHash.cbegin(), incomingByHash.cend(),
+                                   std::make_pair(info.callRefHash, 0));
+        if (it != incomingByHash.cend() && it->first == info.callRefHash) {
+            for (; it != incomingByHash.cend() && it->first == info.callRefHash; ++it) {
+                Incoming &in = incoming[size_t(it->second)];
                 const StationSpot &spot = m_spots.at(row);
                 if (!sameCallRef(spot, batch.at(in.batchIndex)))
                     continue;
@@ -305,11 +313,9 @@ void StationModel::mergeSpots(const QList<StationSpot> &batch)
         }
         if (info.timeMs < cutoff)
             continue;
-        if (!replaced.empty()) {
-            const int source = m_spots.at(row).source;
-            if (std::find(replaced.cbegin(), replaced.cend(), source) != replaced.cend())
-                continue;
-        }
+        if (!replaced.empty() &&
+            std::find(replaced.cbegin(), replaced.cend(), info.source) != replaced.cend())
+            continue;
         kept.push_back({info.timeMs, row, false, contested});
     }
 

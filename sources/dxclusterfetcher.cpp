@@ -92,6 +92,9 @@ DxClusterFetcher::DxClusterFetcher(const QString &host, quint16 port, const QStr
     registerStationSpotMetaTypes();
     setCallsign(callsign);
     m_reconnectTimer->setSingleShot(true);
+    // A flooding node is held back by TCP rather than by our memory, and one
+    // read never keeps the event loop busy for long.
+    m_socket->setReadBufferSize(k_readChunkBytes);
 
     connect(m_socket, &QTcpSocket::connected, this, &DxClusterFetcher::onSocketConnected);
     connect(m_socket, &QTcpSocket::disconnected, this, &DxClusterFetcher::onSocketDisconnected);

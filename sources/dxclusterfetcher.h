@@ -32,6 +32,7 @@ public:
     // Cluster lines are a few dozen characters; anything this long without a
     // line feed is not a line and is dropped rather than buffered for ever.
     static constexpr qsizetype k_maxLineChars = 16384;
+    static constexpr qint64 k_readChunkBytes = 64 * 1024;
 
     explicit DxClusterFetcher(QObject *parent = nullptr);
     DxClusterFetcher(const QString &host, quint16 port, const QString &callsign, QObject *parent = nullptr);

@@ -492,7 +492,7 @@ void TestDxClusterFetcher::hostileInput()
     for (int i = 0; i < 64 * 1024; ++i)
         noise.append(char((i * 7919 + 13) % 256));
     server.send(noise);
-    server.send("\xff\xfb\x01\xff\xfd\x03\xc3\x28\xe2\x82\r\r\r\n\0\0\0\n"_qba);
+    server.send(QByteArrayLiteral("\xff\xfb\x01\xff\xfd\x03\xc3\x28\xe2\x82\r\r\r\n\0\0\0\n"));
     server.send("DX de \x80\x81: 14025.0 \xfe\xff CW 1234Z\r\n");
     QVERIFY(f.isConnected());
 
@@ -543,6 +543,19 @@ void TestDxClusterFetcher::floodOfSpots()
     QCOMPARE(firstSpot(spots, count - 1).callsign, QStringLiteral("JA%1XYZ").arg(count - 1));
     QCOMPARE(f.bufferedChars(), qsizetype(0));
     QVERIFY(f.isConnected());
+
+    // A receiver that disconnects in the middle of a read: the rest of that
+    // read is dropped, nothing is reconnected.
+    spots.clear();
+    connect(&f, &DxClusterFetcher::spotsReady, &f, [&f, &spots] {
+        if (spots.size() == 3) // the spy, connected first, has recorded it
+            f.disconnectFromCluster();
+    });
+    server.send(burst.left(burst.indexOf("DX de", 400)));
+    QTRY_COMPARE(f.state(), DxClusterFetcher::Disconnected);
+    QCOMPARE(spots.size(), 3);
+    QVERIFY(!f.isReconnectPending());
+    QCOMPARE(f.bufferedChars(), qsizetype(0));
 }
 
 TALLIS_TEST_MAIN(TestDxClusterFetcher)

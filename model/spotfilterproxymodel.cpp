@@ -199,3 +199,15 @@ bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
            spot.reference.contains(m_textFilter, Qt::CaseInsensitive) ||
            spot.referenceName.contains(m_textFilter, Qt::CaseInsensitive);
 }
+
+bool SpotFilterProxyModel::lessThan(const QModelIndex &left, const QModelIndex &right) const
+{
+    // The age column's sort value is the spot time in whole seconds; compare
+    // it straight from the model instead of through two QVariants.
+    const auto *model = qobject_cast<const StationModel *>(sourceModel());
+    if (model && sortRole() == Qt::UserRole && left.column() == StationModel::AgeColumn &&
+        right.column() == StationModel::AgeColumn && left.isValid() && right.isValid()) {
+        return model->spotTimeMSecsAt(left.row()) / 1000 < model->spotTimeMSecsAt(right.row()) / 1000;
+    }
+    return QSortFilterProxyModel::lessThan(left, right);
+}

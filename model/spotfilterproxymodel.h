@@ -56,6 +56,7 @@ public:
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
+    bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
 
 private:
     std::array<bool, 7> m_sourceEnabled{{true, true, true, true, true, false, true}};

@@ -68,6 +68,9 @@ public:
     // the invalid value 7.
     StationSpot spotAt(int row) const;
     const QList<StationSpot> &spots() const { return m_spots; }
+    // The row's spot time, read from a compact array: the age sort compares
+    // it n log n times.
+    qint64 spotTimeMSecsAt(int row) const { return m_rowInfo[size_t(row)].timeMs; }
 
     static bool areLinked(const StationSpot &a, const StationSpot &b);
     // Gives linked spots a common group number; unlinked spots get 0.

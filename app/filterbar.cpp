@@ -77,7 +77,7 @@ FilterBar::FilterBar(QWidget *parent)
     }
     top->addSpacing(12);
 
-    for (int i = 0; i < ModeClassCount; ++i) {
+    for (int i = 0; i < k_modeClassCount; ++i) {
         QPushButton *button = makeToggle(QLatin1String(k_modeTexts[i]), "modeBtn", this);
         button->setToolTip(QLatin1String(k_modeTooltips[i]));
         m_modeButtons.append(button);

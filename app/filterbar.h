@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/spotfilterproxymodel.h"
 #include "model/stationspot.h"
 
 #include <QList>
@@ -18,7 +19,8 @@ class FilterBar final : public QWidget
     Q_DISABLE_COPY_MOVE(FilterBar)
 
 public:
-    enum ModeClass { Ssb = 0, Cw = 1, Am = 2, Fm = 3, Other = 4, ModeClassCount = 5 };
+    using ModeClass = SpotFilterProxyModel::ModeClass;
+    static constexpr int k_modeClassCount = 5;
     static constexpr int k_sourceCount = 7;
 
     explicit FilterBar(QWidget *parent = nullptr);

@@ -161,10 +161,11 @@ void MainWindow::onSourceFilterChanged()
 
 void MainWindow::onModeFilterChanged()
 {
-    m_proxy->setModeFilter(
-        m_filterBar->isModeEnabled(FilterBar::Ssb), m_filterBar->isModeEnabled(FilterBar::Cw),
-        m_filterBar->isModeEnabled(FilterBar::Am), m_filterBar->isModeEnabled(FilterBar::Fm),
-        m_filterBar->isModeEnabled(FilterBar::Other));
+    m_proxy->setModeFilter(m_filterBar->isModeEnabled(SpotFilterProxyModel::SsbMode),
+                           m_filterBar->isModeEnabled(SpotFilterProxyModel::CwMode),
+                           m_filterBar->isModeEnabled(SpotFilterProxyModel::AmMode),
+                           m_filterBar->isModeEnabled(SpotFilterProxyModel::FmMode),
+                           m_filterBar->isModeEnabled(SpotFilterProxyModel::OtherMode));
     updateSpotCounts();
     saveJsonSettings();
 }

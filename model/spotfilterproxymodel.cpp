@@ -171,10 +171,10 @@ bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
         return false;
     }
 
-    // Unticking every mode shows every mode rather than an empty table.
-    const bool anyMode =
-        std::find(m_modeEnabled.cbegin(), m_modeEnabled.cend(), true) != m_modeEnabled.cend();
-    if (anyMode && !m_modeEnabled[modeClass(spot.mode)])
+    // Unticking every mode shows every mode rather than an empty table; with
+    // every mode ticked there is nothing to classify.
+    const auto ticked = std::count(m_modeEnabled.cbegin(), m_modeEnabled.cend(), true);
+    if (ticked > 0 && ticked < qsizetype(m_modeEnabled.size()) && !m_modeEnabled[modeClass(spot.mode)])
         return false;
 
     if (!m_bands.isEmpty()) {

@@ -46,6 +46,7 @@ void StationModel::clearSpots()
     m_spots.clear();
     m_rowInfo.clear();
     m_linkCandidates.clear();
+    m_linkPairs.clear();
     endResetModel();
 }
 

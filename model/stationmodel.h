@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QTimer;
@@ -141,7 +142,12 @@ private:
     static void appendLinkCandidates(std::vector<LinkCandidate> &candidates, const StationSpot &spot,
                                      int row);
     static void sortLinkCandidates(std::vector<LinkCandidate> &candidates);
-    static void assignGroups(QList<StationSpot> &spots, const std::vector<LinkCandidate> &sortedCandidates);
+    using LinkPairs = std::vector<std::pair<int, int>>;
+    // Every linked pair (i < j) found among bucket neighbours, sorted.
+    static LinkPairs findLinkPairs(const QList<StationSpot> &spots,
+                                   const std::vector<LinkCandidate> &sortedCandidates);
+    // Numbers the groups by replaying the sorted pairs.
+    static void assignGroups(QList<StationSpot> &spots, const LinkPairs &sortedPairs);
 
     void emitRowChanged(int row, int firstColumn, int lastColumn, const QList<int> &roles = {});
     void setRowStatus(int row, StationSpot::Status status);
@@ -154,6 +160,7 @@ private:
     QList<StationSpot> m_spots;
     std::vector<RowInfo> m_rowInfo;
     std::vector<LinkCandidate> m_linkCandidates; // sorted by bucket, then frequency
+    LinkPairs m_linkPairs;                       // linked rows, sorted
     QTimer *m_ageTimer;
     bool m_hasUserLocation = false;
     double m_userLat = 0.0;

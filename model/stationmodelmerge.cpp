@@ -187,16 +187,11 @@ void StationModel::sortLinkCandidates(std::vector<LinkCandidate> &candidates)
     });
 }
 
-void StationModel::assignGroups(QList<StationSpot> &spots, const std::vector<LinkCandidate> &sortedCandidates)
+StationModel::LinkPairs StationModel::findLinkPairs(const QList<StationSpot> &spots,
+                                                    const std::vector<LinkCandidate> &sortedCandidates)
 {
-    for (StationSpot &spot : spots)
-        spot.groupId = 0;
-    const int n = int(spots.size());
-    if (n < 2)
-        return;
-
     // Only neighbours in a bucket within the frequency window can link.
-    std::vector<std::pair<int, int>> pairs;
+    LinkPairs pairs;
     const size_t count = sortedCandidates.size();
     for (size_t a = 0; a < count; ++a) {
         const LinkCandidate &ca = sortedCandidates[a];
@@ -212,14 +207,22 @@ void StationModel::assignGroups(QList<StationSpot> &spots, const std::vector<Lin
                 pairs.emplace_back(i, j);
         }
     }
-    if (pairs.empty())
+    std::sort(pairs.begin(), pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    return pairs;
+}
+
+void StationModel::assignGroups(QList<StationSpot> &spots, const LinkPairs &sortedPairs)
+{
+    for (StationSpot &spot : spots)
+        spot.groupId = 0;
+    if (sortedPairs.empty())
         return;
     // Replaying the links in (i, j) order gives the very numbers that a pass
     // over every pair gives.
-    std::sort(pairs.begin(), pairs.end());
-    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    const int n = int(spots.size());
     GroupSets groups(n);
-    for (const auto &[i, j] : pairs)
+    for (const auto &[i, j] : sortedPairs)
         groups.link(i, j);
     for (int i = 0; i < n; ++i) {
         const int g = groups.group(i);
@@ -235,7 +238,7 @@ void StationModel::computeGroups(QList<StationSpot> &spots)
     for (int i = 0; i < spots.size(); ++i)
         appendLinkCandidates(candidates, spots.at(i), i);
     sortLinkCandidates(candidates);
-    assignGroups(spots, candidates);
+    assignGroups(spots, findLinkPairs(spots, candidates));
 }
 
 void StationModel::mergeSpots(const QList<StationSpot> &batch)
@@ -384,10 +387,47 @@ void StationModel::mergeSpots(const QList<StationSpot> &batch)
                        [](const LinkCandidate &a, const LinkCandidate &b) {
                            return candidateLess(a.bucket, a.freqKhz, b.bucket, b.freqKhz);
                        });
-    assignGroups(result, candidates);
+
+    // Links between kept rows hold still (they depend on the two spots alone)
+    // and renumbering keeps their order; only the new rows' links are sought.
+    LinkPairs pairs;
+    pairs.reserve(m_linkPairs.size());
+    for (const auto &[i, j] : m_linkPairs) {
+        const int ni = oldToNew[size_t(i)];
+        const int nj = oldToNew[size_t(j)];
+        if (ni >= 0 && nj >= 0)
+            pairs.emplace_back(ni, nj);
+    }
+    LinkPairs freshPairs;
+    for (const LinkCandidate &fc : freshCandidates) {
+        // A little wider than the link window; areLinked has the last word.
+        const double margin = k_linkFreqKhz * 1.25;
+        auto it =
+            std::lower_bound(candidates.cbegin(), candidates.cend(), fc,
+                             [&](const LinkCandidate &c, const LinkCandidate &key) {
+                                 return candidateLess(c.bucket, c.freqKhz, key.bucket, key.freqKhz - margin);
+                             });
+        for (; it != candidates.cend() && it->bucket == fc.bucket && it->freqKhz <= fc.freqKhz + margin;
+             ++it) {
+            if (it->row == fc.row)
+                continue;
+            const int i = std::min(it->row, fc.row);
+            const int j = std::max(it->row, fc.row);
+            if (areLinked(result.at(i), result.at(j)))
+                freshPairs.emplace_back(i, j);
+        }
+    }
+    if (!freshPairs.empty()) {
+        std::sort(freshPairs.begin(), freshPairs.end());
+        const auto mid = pairs.insert(pairs.end(), freshPairs.cbegin(), freshPairs.cend());
+        std::inplace_merge(pairs.begin(), mid, pairs.end());
+        pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    }
+    assignGroups(result, pairs);
 
     m_spots = std::move(result);
     m_rowInfo = std::move(resultInfo);
     m_linkCandidates = std::move(candidates);
+    m_linkPairs = std::move(pairs);
     endResetModel();
 }

@@ -101,6 +101,7 @@ private:
     QList<std::pair<StationSpot::Source, SpotFetcher *>> webSources() const;
     QSet<QString> bandFilterFromButtons() const;
     void createDxFetchers();
+    void updateDxStatusLabel();
     void updateSpotCounts();
     void restoreSelection(int previousRow);
     void selectProxyRow(int row);

@@ -154,6 +154,8 @@ void MainWindow::onSourceFilterChanged()
     } else {
         for (DxClusterFetcher *dx : std::as_const(m_dxFetchers))
             dx->disconnectFromCluster();
+        // A deliberate disconnect is not announced by the clients themselves.
+        updateDxStatusLabel();
     }
     updateSpotCounts();
     saveJsonSettings();
@@ -211,8 +213,7 @@ void MainWindow::onTextFilterChanged(const QString &text)
 
 void MainWindow::onDxConnectionChanged(bool connected)
 {
-    m_toolbarDxStatus->setText(anyDxConnected() ? QStringLiteral("DX: Connected")
-                                                : QStringLiteral("DX: Disconnected"));
+    updateDxStatusLabel();
     if (connected) {
         QString host;
         if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()); dx && !dx->host().isEmpty())
@@ -241,6 +242,12 @@ void MainWindow::createDxFetchers()
         connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
         m_dxFetchers.append(dx);
     }
+}
+
+void MainWindow::updateDxStatusLabel()
+{
+    m_toolbarDxStatus->setText(anyDxConnected() ? QStringLiteral("DX: Connected")
+                                                : QStringLiteral("DX: Disconnected"));
 }
 
 bool MainWindow::anyDxConnected() const

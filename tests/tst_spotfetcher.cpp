@@ -6,6 +6,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <cmath>
+
 namespace {
 // A source whose parser turns every body line into one spot, so the framework
 // can be watched without any real service's format.
@@ -188,6 +190,10 @@ private slots:
         QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
         s.frequencyKhz = -1.5;
         QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|-1"));
+        s.frequencyKhz = std::nan("");
+        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
+        s.frequencyKhz = 1e300;
+        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
         s.reference.clear();
         s.frequencyKhz = 7025.0;
         QCOMPARE(s.key(), QStringLiteral("K1ABC||7025"));

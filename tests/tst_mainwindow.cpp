@@ -23,26 +23,11 @@ using namespace WindowFixture;
 
 // The window with its sources pointed at a local server: spots flow in,
 // counts and messages follow, filters and toggles act.
-class TestMainWindow final : public QObject
+class TestMainWindow final : public WindowTest
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<HttpTestServer> m_server;
-
-    static QString labelText(MainWindow &w, const char *name)
-    {
-        auto *label = w.findChild<QLabel *>(QLatin1String(name));
-        return label ? label->text() : QStringLiteral("<missing %1>").arg(QLatin1String(name));
-    }
-    static QPushButton *sourceButton(MainWindow &w, const QString &text)
-    {
-        for (QPushButton *b : w.findChildren<QPushButton *>(QStringLiteral("sourceBtn"))) {
-            if (b->text() == text)
-                return b;
-        }
-        return nullptr;
-    }
     static QString selectedCallsign(MainWindow &w)
     {
         const QModelIndexList rows = w.spotTable()->selectionModel()->selectedRows(1);
@@ -50,18 +35,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        resetDataDir();
-        m_server = std::make_unique<HttpTestServer>();
-        QVERIFY(m_server->start());
-        serveEmptySources(*m_server);
-    }
-    void cleanup() { m_server.reset(); }
-
     void frameAndStatusBar()
     {
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QVERIFY(w.windowTitle().startsWith(QStringLiteral("Tallis — ")));
         QCOMPARE(w.minimumSize(), QSize(960, 600));
         QCOMPARE(labelText(w, "statusRadio"), QStringLiteral("Radio unconfigured — consult the settings"));
@@ -74,7 +50,7 @@ private slots:
         QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("sourceBtn")).size(), 7);
         QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("modeBtn")).size(), 5);
         QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("bandBtn")).size(), 13);
-        QVERIFY(!sourceButton(w, QStringLiteral("DX Cluster"))->isChecked());
+        QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
         // Every web source but the inert BOTA slot asks at once.
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
         QVERIFY(w.rigController()->thread() != w.thread());
@@ -96,7 +72,7 @@ private slots:
         QCOMPARE(spots.size(), 40);
         m_server->setRoute("/spot/", toBody(spots));
 
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSpots"),
                                   QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"), 5000);
         QCOMPARE(w.stationModel()->rowCount(), 35);
@@ -110,7 +86,7 @@ private slots:
         QVERIFY(labelText(w, "statusSpots").contains(QStringLiteral("P:40")));
 
         // Hiding POTA hides its rows but keeps them in the model.
-        sourceButton(w, QStringLiteral("POTA"))->click();
+        button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QCOMPARE(labelText(w, "statusSpots"),
                  QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"));
     }
@@ -121,7 +97,7 @@ private slots:
                            toBody({potaSpot(QStringLiteral("K1ABC"), QStringLiteral("US-1"), 14062, 60)}));
         m_server->setRoute("/api/spots/gma/", "down for maintenance", 500, "text/plain");
         m_server->setHoldReplies(true);
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         const QString initial = labelText(w, "statusRefresh");
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
 
@@ -159,7 +135,7 @@ private slots:
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120),
                                    potaSpot(QStringLiteral("K3CCC"), QStringLiteral("US-3"), 14063, 180)}));
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 3, 5000);
 
         // A connected dummy rig, so that a user's selection tunes.
@@ -210,7 +186,7 @@ private slots:
         m_server->setRoute("/spot/",
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120)}));
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 2, 5000);
         auto *heard = w.findChild<QPushButton *>(QStringLiteral("heardButton"));
         QVERIFY(heard && !heard->isEnabled()); // nothing selected yet
@@ -233,7 +209,7 @@ private slots:
         m_server->setRoute("/spot/",
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("W4HHH"), QStringLiteral("US-2"), 14062, 120)}));
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         w.show();
         QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 2, 5000);
         auto *search = w.findChild<QLineEdit *>();
@@ -252,7 +228,7 @@ private slots:
         m_server->setRoute("/spot/",
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 5100, 120)}));
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 2, 5000);
         // Every band ticked: no band test, so the out-of-band 5100 kHz spot shows.
         QCOMPARE(w.spotTable()->model()->rowCount(), 2);
@@ -280,13 +256,13 @@ private slots:
 
     void untickingASourceStopsItsRequests()
     {
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
         SpotFetcher *pota = w.webFetchers().at(0);
         QVERIFY(pota->isAutoRefreshing());
         QCOMPARE(pota->refreshIntervalMs(), 60000);
 
-        sourceButton(w, QStringLiteral("POTA"))->click();
+        button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QVERIFY(!pota->isAutoRefreshing());
         QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
                  QJsonValue(false));
@@ -295,7 +271,7 @@ private slots:
         QCOMPARE(m_server->requestCount("/spot/"), 1);
 
         // Ticking it again fetches at once.
-        sourceButton(w, QStringLiteral("POTA"))->click();
+        button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QVERIFY(pota->isAutoRefreshing());
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/spot/"), 2, 5000);
     }

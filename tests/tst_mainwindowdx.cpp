@@ -18,22 +18,16 @@
 using namespace WindowFixture;
 
 // Every configured DX cluster feeds the one table.
-class TestMainWindowDx final : public QObject
+class TestMainWindowDx final : public WindowTest
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<HttpTestServer> m_server;
-
     static QByteArray spotLine(const char *spotter, double khz, const char *call, const char *comment)
     {
         const QByteArray hhmm = QDateTime::currentDateTimeUtc().toString(QStringLiteral("HHmm")).toLatin1();
         return "DX de " + QByteArray(spotter) + ":     " + QByteArray::number(khz, 'f', 1) + "  " + call +
                "       " + comment + "   " + hhmm + "Z";
-    }
-    static QString labelText(MainWindow &w, const char *name)
-    {
-        return w.findChild<QLabel *>(QLatin1String(name))->text();
     }
     static QJsonObject clusterEntry(const ClusterTestServer &node)
     {
@@ -42,15 +36,6 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        resetDataDir();
-        m_server = std::make_unique<HttpTestServer>();
-        QVERIFY(m_server->start());
-        serveEmptySources(*m_server);
-    }
-    void cleanup() { m_server.reset(); }
-
     void twoClustersFeedOneTable()
     {
         ClusterTestServer nodeA;
@@ -65,7 +50,7 @@ private slots:
             {QStringLiteral("dxClusters"), QJsonArray{clusterEntry(nodeA), clusterEntry(nodeB)}},
         });
 
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QCOMPARE(w.dxFetchers().size(), 2);
         QTRY_VERIFY_WITH_TIMEOUT(w.anyDxConnected(), 5000);
         QTRY_VERIFY_WITH_TIMEOUT(w.dxFetchers().at(0)->isConnected() && w.dxFetchers().at(1)->isConnected(),
@@ -107,7 +92,7 @@ private slots:
         QVERIFY(node.start());
         node.setLoginReply("Hello GUEST\r\n");
         writeSettings(QJsonObject{{QStringLiteral("dxClusters"), QJsonArray{clusterEntry(node)}}});
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QCOMPARE(node.connectionCount(), 0); // DX is off by default
         QStringList messages;
         connect(w.statusBar(), &QStatusBar::messageChanged, &w,

@@ -16,17 +16,11 @@ using namespace WindowFixture;
 
 // The window's rig path against a real network rig daemon: the start-up
 // connect, polling, loss after failed polls and the reconnect timer.
-class TestMainWindowRadio final : public QObject
+class TestMainWindowRadio final : public WindowTest
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<HttpTestServer> m_server;
-
-    static QString labelText(MainWindow &w, const char *name)
-    {
-        return w.findChild<QLabel *>(QLatin1String(name))->text();
-    }
     static QJsonObject hamlibSettings(const RigConfig &config)
     {
         return QJsonObject{{QStringLiteral("rigModel"), config.rigModel},
@@ -34,18 +28,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        resetDataDir();
-        m_server = std::make_unique<HttpTestServer>();
-        QVERIFY(m_server->start());
-        serveEmptySources(*m_server);
-    }
-    void cleanup() { m_server.reset(); }
-
     void noPortMeansNoRig()
     {
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QSignalSpy connection(w.rigController(), &HamlibController::connectionChanged);
         QSignalSpy errors(w.rigController(), &HamlibController::error);
         // The reconnect handler has nothing to open without a port.
@@ -63,7 +48,7 @@ private slots:
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
         writeSettings(QJsonObject{{QStringLiteral("hamlib"), hamlibSettings(daemon.rigConfig())}});
 
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         // Not at once: the window shows first, the rig opens 1.5 s later.
         QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),

@@ -21,21 +21,11 @@
 using namespace WindowFixture;
 
 // The settings file as the window reads and writes it.
-class TestMainWindowSettings final : public QObject
+class TestMainWindowSettings final : public WindowTest
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<HttpTestServer> m_server;
-
-    static QPushButton *button(MainWindow &w, const QString &objectName, const QString &text)
-    {
-        for (QPushButton *b : w.findChildren<QPushButton *>(objectName)) {
-            if (b->text() == text)
-                return b;
-        }
-        return nullptr;
-    }
     static QStringList keysOf(const QJsonObject &o)
     {
         QStringList keys = o.keys();
@@ -44,18 +34,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        resetDataDir();
-        m_server = std::make_unique<HttpTestServer>();
-        QVERIFY(m_server->start());
-        serveEmptySources(*m_server);
-    }
-    void cleanup() { m_server.reset(); }
-
     void firstStartWritesEveryKey()
     {
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QCOMPARE(w.size(), QSize(1200, 680));
         const QJsonObject written = readSettings();
         QCOMPARE(keysOf(written), keysOf(SettingsFile::toJson(AppSettings())));
@@ -85,22 +66,22 @@ private slots:
             {QStringLiteral("potaPrograms"), QJsonArray{QStringLiteral("US")}},
             {QStringLiteral("watchCallsigns"), QJsonArray{QStringLiteral("K1ABC")}},
         });
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
 
         QCOMPARE(w.findChild<QLabel *>(QStringLiteral("callsignLabel"))->text(), QStringLiteral("DE: W1AW"));
         QCOMPARE(w.filterProxy()->maxAgeMins(), 1);
-        QVERIFY(!button(w, QStringLiteral("sourceBtn"), QStringLiteral("POTA"))->isChecked());
-        QVERIFY(!button(w, QStringLiteral("sourceBtn"), QStringLiteral("DX Cluster"))->isChecked());
-        QVERIFY(button(w, QStringLiteral("sourceBtn"), QStringLiteral("GMA"))->isChecked());
+        QVERIFY(!button(w, "sourceBtn", QStringLiteral("POTA"))->isChecked());
+        QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
+        QVERIFY(button(w, "sourceBtn", QStringLiteral("GMA"))->isChecked());
         QVERIFY(!w.filterProxy()->isSourceEnabled(StationSpot::POTA));
         QVERIFY(!w.webFetchers().at(0)->isAutoRefreshing()); // POTA stays quiet
         QVERIFY(w.webFetchers().at(1)->isAutoRefreshing());
-        QVERIFY(!button(w, QStringLiteral("modeBtn"), QStringLiteral("CW"))->isChecked());
+        QVERIFY(!button(w, "modeBtn", QStringLiteral("CW"))->isChecked());
         QVERIFY(!w.filterProxy()->isModeClassEnabled(SpotFilterProxyModel::CwMode));
         QCOMPARE(w.findChild<QComboBox *>()->currentText(), QStringLiteral("Heard"));
         QCOMPARE(w.filterProxy()->statusFilter(), 1);
-        QVERIFY(!button(w, QStringLiteral("bandBtn"), QStringLiteral("20m"))->isChecked());
-        QVERIFY(button(w, QStringLiteral("bandBtn"), QStringLiteral("40m"))->isChecked());
+        QVERIFY(!button(w, "bandBtn", QStringLiteral("20m"))->isChecked());
+        QVERIFY(button(w, "bandBtn", QStringLiteral("40m"))->isChecked());
         QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorSection(), 9);
         QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
         QVERIFY(!w.stationModel()->hasUserLocation());
@@ -129,7 +110,7 @@ private slots:
         writeSettings(QJsonObject{{QStringLiteral("hasUserLocation"), true},
                                   {QStringLiteral("latitude"), 95},
                                   {QStringLiteral("longitude"), -73.0}});
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         QVERIFY(w.stationModel()->hasUserLocation());
         QCOMPARE(w.stationModel()->userLat(), 90.0);
         QCOMPARE(w.stationModel()->userLon(), -73.0);
@@ -141,9 +122,8 @@ private slots:
     {
         for (const QByteArray &garbage :
              {QByteArray("{\"callsign\": \"W1A"), QByteArray(), QByteArray("[1,2]")}) {
-            resetDataDir();
-            ensureTallisDirForTest(garbage);
-            MainWindow w(servicesAt(*m_server));
+            writeRawSettings(garbage);
+            MainWindow w(services());
             QCOMPARE(w.findChild<QLabel *>(QStringLiteral("callsignLabel"))->text(),
                      QStringLiteral("DE: [not set]"));
             const QJsonObject written = readSettings();
@@ -154,12 +134,12 @@ private slots:
 
     void changesAreSavedAtOnce()
     {
-        MainWindow w(servicesAt(*m_server));
+        MainWindow w(services());
         w.spotTable()->sortByColumn(1, Qt::AscendingOrder);
         QCOMPARE(readSettings().value(QStringLiteral("sortColumn")).toInt(), 1);
         QCOMPARE(readSettings().value(QStringLiteral("sortOrder")).toInt(), 0);
 
-        button(w, QStringLiteral("modeBtn"), QStringLiteral("FM"))->click();
+        button(w, "modeBtn", QStringLiteral("FM"))->click();
         QCOMPARE(readSettings().value(QStringLiteral("modes")).toObject().value(QStringLiteral("fm")),
                  QJsonValue(false));
 
@@ -172,13 +152,13 @@ private slots:
         const QByteArray geometry = QByteArray::fromBase64(
             readSettings().value(QStringLiteral("windowGeometry")).toString().toLatin1());
         QVERIFY(!geometry.isEmpty());
-        MainWindow again(servicesAt(*m_server));
+        MainWindow again(services());
         QCOMPARE(again.size(), QSize(1000, 640));
         QCOMPARE(again.spotTable()->horizontalHeader()->sortIndicatorSection(), 1);
     }
 
 private:
-    static void ensureTallisDirForTest(const QByteArray &contents)
+    static void writeRawSettings(const QByteArray &contents)
     {
         writeSettings({});
         QFile file(settingsPath());

@@ -1,11 +1,49 @@
 #include "support/windowfixture.h"
 
+#include "app/mainwindow.h"
 #include "app/tallisdir.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+void WindowTest::init()
+{
+    QDir(tallisDirPath()).removeRecursively();
+    m_server = std::make_unique<HttpTestServer>();
+    QVERIFY(m_server->start());
+    WindowFixture::serveEmptySources(*m_server);
+}
+
+void WindowTest::cleanup()
+{
+    m_server.reset();
+}
+
+QString WindowTest::labelText(const MainWindow &w, const char *objectName)
+{
+    const auto *label = w.findChild<QLabel *>(QLatin1String(objectName));
+    return label ? label->text() : QStringLiteral("<no label %1>").arg(QLatin1String(objectName));
+}
+
+QPushButton *WindowTest::button(const MainWindow &w, const char *objectName, const QString &text)
+{
+    for (QPushButton *b : w.findChildren<QPushButton *>(QLatin1String(objectName))) {
+        if (b->text() == text)
+            return b;
+    }
+    return nullptr;
+}
+
+void WindowTest::clickSource(const MainWindow &w, const QString &text)
+{
+    if (QPushButton *b = button(w, "sourceBtn", text))
+        b->click();
+}
 
 namespace WindowFixture {
 
@@ -16,16 +54,6 @@ void serveEmptySources(HttpTestServer &server)
     server.setRoute("/static/spots.json", "[]");
     server.setRoute("/spots/", "[]");
     server.setRoute("/api/spots/gma/", "{\"RCD\":[]}");
-}
-
-ServiceUrls servicesAt(const HttpTestServer &server)
-{
-    return ServiceUrls::allAt(server.url());
-}
-
-void resetDataDir()
-{
-    QDir(tallisDirPath()).removeRecursively();
 }
 
 QString settingsPath()
@@ -60,9 +88,7 @@ QJsonObject potaSpot(const QString &call, const QString &reference, double khz, 
         {QStringLiteral("frequency"), QString::number(khz, 'f', 1)},
         {QStringLiteral("mode"), mode},
         {QStringLiteral("spotter"), QStringLiteral("N0CALL")},
-        {QStringLiteral("comments"), QStringLiteral("thanks")},
         {QStringLiteral("grid6"), QStringLiteral("FN31pr")},
-        {QStringLiteral("locationDesc"), QStringLiteral("US-CT")},
         {QStringLiteral("spotTime"), when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))},
     };
 }

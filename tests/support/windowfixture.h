@@ -5,17 +5,38 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QObject>
 
-// Helpers for tests that build a whole MainWindow: a local server answering
-// for every spot service, and a fresh ~/.tallis for each test.
+#include <memory>
+
+class MainWindow;
+class QPushButton;
+
+// Base of the tests that build a whole MainWindow: before each test a fresh
+// ~/.tallis and a local server answering every spot service with an empty,
+// well-formed reply.
+class WindowTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    std::unique_ptr<HttpTestServer> m_server;
+
+    ServiceUrls services() const { return ServiceUrls::allAt(m_server->url()); }
+
+    static QString labelText(const MainWindow &w, const char *objectName);
+    // The first button with that object name and text.
+    static QPushButton *button(const MainWindow &w, const char *objectName, const QString &text);
+    static void clickSource(const MainWindow &w, const QString &text);
+
+private slots:
+    void init();
+    void cleanup();
+};
+
 namespace WindowFixture {
 
-// Every web service answers with an empty, well-formed reply.
 void serveEmptySources(HttpTestServer &server);
-ServiceUrls servicesAt(const HttpTestServer &server);
-
-// Removes ~/.tallis entirely.
-void resetDataDir();
 QString settingsPath();
 void writeSettings(const QJsonObject &settings);
 QJsonObject readSettings();

@@ -1,11 +1,7 @@
 #include "sources/potaspotfetcher.h"
 
 #include "model/stationmodel.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QJsonParseError>
+#include "sources/spotjson.h"
 
 #include <cmath>
 
@@ -27,57 +23,27 @@ QList<StationSpot> PotaSpotFetcher::parseResponse(const QByteArray &body)
     return spots;
 }
 
-QDateTime PotaSpotFetcher::parseSpotTime(const QString &text)
-{
-    QString stamp = text.trimmed();
-    if (stamp.isEmpty())
-        return {};
-    // Only "+" marks an offset: a negative one gets the "Z" too and then fails
-    // to parse, as the service never sends one.
-    if (!stamp.endsWith(QLatin1Char('Z')) && !stamp.contains(QLatin1Char('+')))
-        stamp += QLatin1Char('Z');
-    QDateTime time = QDateTime::fromString(stamp, Qt::ISODate);
-    if (!time.isValid())
-        time = QDateTime::fromString(stamp, Qt::ISODateWithMs);
-    if (time.isValid() && time.timeSpec() != Qt::UTC)
-        time = time.toUTC();
-    return time;
-}
-
 QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
 {
-    QJsonParseError parseError;
-    const QJsonDocument doc = QJsonDocument::fromJson(body, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
+    QString fault;
+    const std::optional<QJsonArray> array = SpotJson::parseArray(body, QStringLiteral("POTA"), &fault);
+    if (!array) {
         if (error)
-            *error = QStringLiteral("POTA JSON parse error: %1").arg(parseError.errorString());
+            *error = fault;
         return {};
     }
-    if (!doc.isArray()) {
-        if (error)
-            *error = QStringLiteral("POTA response is not a JSON array");
-        return {};
-    }
-    const QJsonArray array = doc.array();
-    QList<StationSpot> spots;
-    spots.reserve(array.size());
-    for (const QJsonValue &value : array) {
-        if (!value.isObject())
-            continue;
-        const QJsonObject obj = value.toObject();
-        const auto text = [&obj](QLatin1String key) { return obj.value(key).toString().trimmed(); };
+
+    return SpotJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::POTA;
-        spot.callsign = text(QLatin1String("activator"));
-        if (spot.callsign.isEmpty())
-            continue;
-        spot.reference = text(QLatin1String("reference"));
-        spot.referenceName = text(QLatin1String("name"));
-        spot.mode = text(QLatin1String("mode")).toUpper();
-        spot.spotter = text(QLatin1String("spotter"));
-        spot.comments = text(QLatin1String("comments"));
-        spot.locationDesc = text(QLatin1String("locationDesc"));
-        spot.grid = text(QLatin1String("grid6"));
+        spot.callsign = SpotJson::text(object, QStringLiteral("activator"));
+        spot.reference = SpotJson::text(object, QStringLiteral("reference"));
+        spot.referenceName = SpotJson::text(object, QStringLiteral("name"));
+        spot.mode = SpotJson::text(object, QStringLiteral("mode")).toUpper();
+        spot.spotter = SpotJson::text(object, QStringLiteral("spotter"));
+        spot.comments = SpotJson::text(object, QStringLiteral("comments"));
+        spot.locationDesc = SpotJson::text(object, QStringLiteral("locationDesc"));
+        spot.grid = SpotJson::text(object, QStringLiteral("grid6"));
         double lat = 0.0;
         double lon = 0.0;
         if (StationModel::gridToLatLon(spot.grid, lat, lon)) {
@@ -85,12 +51,11 @@ QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *
             spot.lat = lat;
             spot.lon = lon;
         }
+        // Always kHz on this service; "nan" and "inf" convert, but are no frequency.
         bool ok = false;
-        const double khz = text(QLatin1String("frequency")).toDouble(&ok);
-        // "nan" and "inf" convert, but are no frequency either.
+        const double khz = SpotJson::text(object, QStringLiteral("frequency")).toDouble(&ok);
         spot.frequencyKhz = ok && std::isfinite(khz) ? khz : 0.0;
-        spot.spotTime = parseSpotTime(obj.value(QLatin1String("spotTime")).toString());
-        spots.append(std::move(spot));
-    }
-    return spots;
+        spot.spotTime = SpotJson::isoTimeAssumingUtc(SpotJson::text(object, QStringLiteral("spotTime")));
+        return spot;
+    });
 }

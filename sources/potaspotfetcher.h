@@ -19,8 +19,6 @@ public:
     // The parser itself, free of the fetcher: on a fault *error gets the
     // message and the result is empty.
     static QList<StationSpot> parseSpots(const QByteArray &body, QString *error);
-    // A spot time as the service writes it; a bare time stamp is UTC.
-    static QDateTime parseSpotTime(const QString &text);
 
 public slots:
     void fetch() override;

@@ -33,7 +33,8 @@ double textToKhz(const QString &text);
 
 // An ISO 8601 time stamp that the service means as UTC even when it carries no
 // zone: a "Z" is appended unless the text already ends in one or has a "+"
-// offset. The result is in UTC, or invalid for empty or unparsable text.
+// offset (the services send no negative offsets; one would get the "Z" and then
+// fail to parse). The result is in UTC, or invalid for empty or unparsable text.
 QDateTime isoTimeAssumingUtc(const QString &text);
 
 // Walks an array of spot objects in order: elements that are not objects are

@@ -10,7 +10,7 @@ ClusterTestServer::ClusterTestServer(QObject *parent)
 
 ClusterTestServer::~ClusterTestServer()
 {
-    for (QTcpSocket *socket : std::as_const(m_clients)) {
+    for (QTcpSocket *socket : m_buffers.keys()) {
         socket->disconnect(this);
         socket->abort();
     }
@@ -24,14 +24,9 @@ bool ClusterTestServer::start(quint16 port)
     return true;
 }
 
-void ClusterTestServer::stopListening()
-{
-    m_server.close();
-}
-
 void ClusterTestServer::send(const QByteArray &data)
 {
-    for (QTcpSocket *socket : std::as_const(m_clients)) {
+    for (QTcpSocket *socket : m_buffers.keys()) {
         socket->write(data);
         socket->flush();
     }
@@ -39,8 +34,7 @@ void ClusterTestServer::send(const QByteArray &data)
 
 void ClusterTestServer::dropClients()
 {
-    const QList<QTcpSocket *> clients = m_clients;
-    for (QTcpSocket *socket : clients)
+    for (QTcpSocket *socket : m_buffers.keys())
         socket->disconnectFromHost();
 }
 
@@ -48,37 +42,33 @@ void ClusterTestServer::onNewConnection()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
         ++m_connectionCount;
-        m_clients.append(socket);
+        m_buffers.insert(socket, QByteArray());
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1); // each send() its own segment
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket] { onClientGone(socket); });
-        if (!m_greeting.isEmpty())
-            socket->write(m_greeting);
-        emit clientConnected();
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            m_buffers.remove(socket);
+            m_greeted.remove(socket);
+            socket->deleteLater();
+        });
+        socket->write("login: ");
     }
 }
 
 void ClusterTestServer::onReadyRead(QTcpSocket *socket)
 {
-    QByteArray &buffer = m_buffers[socket];
+    const auto it = m_buffers.find(socket);
+    if (it == m_buffers.end())
+        return;
+    QByteArray &buffer = *it;
     buffer += socket->readAll();
     for (qsizetype lineFeed = buffer.indexOf('\n'); lineFeed >= 0; lineFeed = buffer.indexOf('\n')) {
         QByteArray line = buffer.left(lineFeed);
         buffer.remove(0, lineFeed + 1);
         if (line.endsWith('\r'))
             line.chop(1);
-        m_lines.append(line);
-        if (!m_greeted.value(socket) && !m_loginReply.isEmpty())
+        ++m_lines[line];
+        if (!m_greeted.contains(socket) && !m_loginReply.isEmpty())
             socket->write("\r\n" + m_loginReply);
-        m_greeted.insert(socket, true);
-        emit lineReceived(line);
+        m_greeted.insert(socket);
     }
-}
-
-void ClusterTestServer::onClientGone(QTcpSocket *socket)
-{
-    m_clients.removeAll(socket);
-    m_buffers.remove(socket);
-    m_greeted.remove(socket);
-    socket->deleteLater();
 }

@@ -325,8 +325,10 @@ bool SettingsFile::save(const AppSettings &settings) const
     if (info.isDir() && !QDir().rmdir(m_path))
         return false;
 
+    // Unbuffered, so a short write (disk full, size limit) shows in write()'s count here: a
+    // buffered flush inside commit() would let it pass and replace the file with a truncated one.
     QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
     const QByteArray data = QJsonDocument(toJson(settings)).toJson(QJsonDocument::Indented);
     if (file.write(data) != data.size())

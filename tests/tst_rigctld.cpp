@@ -2,7 +2,6 @@
 #include "support/rigctldprocess.h"
 #include "support/testmain.h"
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 
 namespace {
@@ -26,64 +25,45 @@ private slots:
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
-        const quint16 port = daemon.port();
-
         HamlibController ctrl;
         QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
         QSignalSpy caps(&ctrl, &HamlibController::capabilitiesChanged);
         QSignalSpy errors(&ctrl, &HamlibController::error);
         QSignalSpy polls(&ctrl, &HamlibController::pollResult);
 
-        QVERIFY(ctrl.connectRig(netConfig(port)));
+        QVERIFY(ctrl.connectRig(netConfig(daemon.port())));
         QCOMPARE(connection.count(), 1);
-        QCOMPARE(connection.at(0).at(0).toBool(), true);
-        QCOMPARE(caps.count(), 1);
-        const auto remoteCaps = caps.at(0).at(0).value<RadioCaps>();
-        QVERIFY(remoteCaps.hasVolume && remoteCaps.hasMute && remoteCaps.hasBreakIn &&
-                remoteCaps.hasKeySpeed);
-
+        const auto remote = caps.at(0).at(0).value<RadioCaps>();
+        QVERIFY(remote.hasVolume && remote.hasMute && remote.hasBreakIn && remote.hasKeySpeed);
         QVERIFY(ctrl.tune(14074.0, QStringLiteral("SSB")));
-        QCOMPARE(ctrl.getFrequency(), 14074.0);
-        QCOMPARE(ctrl.getMode(), QStringLiteral("USB"));
         ctrl.requestPoll();
         QCOMPARE(polls.count(), 1);
-        QCOMPARE(polls.at(0).at(0).toDouble(), 14074.0);
-        QCOMPARE(polls.at(0).at(1).toString(), QStringLiteral("USB"));
-
+        QCOMPARE(polls.at(0), (QVariantList{14074.0, QStringLiteral("USB")}));
         ctrl.setKeySpeed(99);
         ctrl.setVolume(30);
         const RadioState state = ctrl.queryState();
         QCOMPARE(state.keySpeed, 60);
         QCOMPARE(state.volume, 30);
-        QCOMPARE(errors.count(), 0);
 
         daemon.stop();
-        // No cached answer may pretend the rig is still there.
-        QCOMPARE(ctrl.getFrequency(), 0.0);
+        QCOMPARE(ctrl.getFrequency(), 0.0); // no cached answer may pretend the rig is still there
         QCOMPARE(ctrl.getMode(), QString());
-
-        QElapsedTimer pollTime;
-        pollTime.start();
         for (int i = 0; i < 4; ++i)
             ctrl.requestPoll();
         QVERIFY(ctrl.isConnected());
         QCOMPARE(errors.count(), 0);
-        QCOMPARE(connection.count(), 1);
-
         ctrl.requestPoll();
-        qInfo("five failed polls took %lld ms", static_cast<long long>(pollTime.elapsed()));
         QVERIFY(!ctrl.isConnected());
         QCOMPARE(errors.count(), 1);
         QCOMPARE(errors.at(0).at(0).toString(),
                  QStringLiteral("Radio connection lost — auto-disconnecting after repeated errors"));
         QCOMPARE(connection.count(), 2);
         QCOMPARE(connection.at(1).at(0).toBool(), false);
-        QCOMPARE(caps.count(), 2);
         QVERIFY(!caps.at(1).at(0).value<RadioCaps>().hasVolume);
 
         // Later polls stay quiet, and a failed reconnect says so once.
         ctrl.requestPoll();
-        QVERIFY(!ctrl.connectRig(netConfig(port)));
+        QVERIFY(!ctrl.connectRig(netConfig(daemon.port())));
         QCOMPARE(errors.count(), 2);
         QVERIFY(errors.at(1).at(0).toString().startsWith(QStringLiteral("Failed to open rig: ")));
         QCOMPARE(connection.count(), 2);
@@ -94,7 +74,6 @@ private slots:
         HamlibController ctrl;
         QSignalSpy connection(&ctrl, &HamlibController::connectionChanged);
         QSignalSpy errors(&ctrl, &HamlibController::error);
-
         const quint16 closedPort = RigctldProcess::freeLoopbackPort();
         QVERIFY(closedPort != 0);
         QVERIFY(!ctrl.connectRig(netConfig(closedPort)));
@@ -102,8 +81,6 @@ private slots:
         const QString message = errors.at(0).at(0).toString();
         QVERIFY2(message.startsWith(QStringLiteral("Failed to open rig: ")), qPrintable(message));
         QVERIFY2(message.size() > 20 && !message.contains(QLatin1Char('\n')), qPrintable(message));
-        QCOMPARE(connection.count(), 0);
-        QVERIFY(!ctrl.isConnected());
 
         // A model Hamlib has never heard of fails before any port is opened.
         RigConfig unknown = netConfig(closedPort);
@@ -111,12 +88,11 @@ private slots:
         QVERIFY(!ctrl.connectRig(unknown));
         QCOMPARE(errors.count(), 2);
         QCOMPARE(errors.at(1).at(0).toString(), QStringLiteral("Failed to initialise rig model 99999"));
-        QCOMPARE(connection.count(), 0);
-
-        // The controller is left clean: polls and panel controls do nothing.
-        ctrl.requestPoll();
+        ctrl.requestPoll(); // the controller is left clean: polls and panel controls do nothing
         ctrl.setVolume(10);
         QCOMPARE(errors.count(), 2);
+        QCOMPARE(connection.count(), 0);
+        QVERIFY(!ctrl.isConnected());
     }
 };
 

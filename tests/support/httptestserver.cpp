@@ -8,7 +8,13 @@ HttpTestServer::HttpTestServer(QObject *parent)
     connect(&m_server, &QTcpServer::newConnection, this, &HttpTestServer::onNewConnection);
 }
 
-HttpTestServer::~HttpTestServer() = default;
+HttpTestServer::~HttpTestServer()
+{
+    // The sockets die with m_server, after the bookkeeping they would update.
+    const QList<QTcpSocket *> sockets = m_server.findChildren<QTcpSocket *>();
+    for (QTcpSocket *socket : sockets)
+        socket->disconnect(this);
+}
 
 bool HttpTestServer::start()
 {

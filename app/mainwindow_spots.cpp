@@ -15,12 +15,16 @@
 #include "sources/wwffspotfetcher.h"
 
 #include <QItemSelectionModel>
+
+#include <algorithm>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSet>
 #include <QStatusBar>
 #include <QTableView>
+
+#include <algorithm>
 
 QList<std::pair<StationSpot::Source, SpotFetcher *>> MainWindow::webSources() const
 {
@@ -73,10 +77,13 @@ void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
 void MainWindow::restoreSelection(int previousRow)
 {
     const int rows = m_proxy->rowCount();
+    const QList<StationSpot> &spots = m_model->spots();
+    // The call sign leads the key: compare it first so most rows cost no string building.
+    const QStringView selectedCall = QStringView(m_selectedKey).left(m_selectedKey.indexOf(QLatin1Char('|')));
     int target = -1;
     for (int row = 0; row < rows; ++row) {
-        const QModelIndex source = m_proxy->mapToSource(m_proxy->index(row, 0));
-        if (m_model->spotAt(source.row()).key() == m_selectedKey) {
+        const StationSpot &spot = spots.at(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
+        if (spot.callsign == selectedCall && spot.key() == m_selectedKey) {
             target = row;
             break;
         }
@@ -108,10 +115,10 @@ void MainWindow::onFetchError(const QString &error)
 
 void MainWindow::updateSpotCounts()
 {
-    const int total = m_model->rowCount();
-    int dx = 0;
-    for (int row = 0; row < total; ++row)
-        dx += m_model->spotAt(row).source == StationSpot::DX ? 1 : 0;
+    const QList<StationSpot> &spots = m_model->spots();
+    const int total = int(spots.size());
+    const int dx = int(std::count_if(spots.cbegin(), spots.cend(),
+                                     [](const StationSpot &spot) { return spot.source == StationSpot::DX; }));
     m_statusSpots->setText(QStringLiteral("Showing %1 of %2  S:%3 P:%4 W:%5 WB:%6 B:%7 DX:%8 G:%9")
                                .arg(m_proxy->rowCount())
                                .arg(total)
@@ -261,9 +268,7 @@ bool MainWindow::anyDxConnected() const
 
 StationSpot MainWindow::spotForKey(const QString &key) const
 {
-    const int rows = m_model->rowCount();
-    for (int row = 0; row < rows; ++row) {
-        StationSpot spot = m_model->spotAt(row);
+    for (const StationSpot &spot : m_model->spots()) {
         if (spot.key() == key)
             return spot;
     }

@@ -15,8 +15,6 @@
 #include "sources/wwffspotfetcher.h"
 
 #include <QItemSelectionModel>
-
-#include <algorithm>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>

@@ -11,7 +11,8 @@ class GmaSpotFetcher final : public SpotFetcher
 public:
     static constexpr const char *k_defaultUrl = "https://www.cqgma.org";
 
-    explicit GmaSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+    explicit GmaSpotFetcher(QObject *parent = nullptr,
+                            const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 

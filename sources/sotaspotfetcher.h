@@ -11,7 +11,8 @@ class SotaSpotFetcher final : public SpotFetcher
 public:
     static constexpr const char *k_defaultUrl = "https://api-db2.sota.org.uk";
 
-    explicit SotaSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+    explicit SotaSpotFetcher(QObject *parent = nullptr,
+                             const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 

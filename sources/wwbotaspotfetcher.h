@@ -11,7 +11,8 @@ class WwbotaSpotFetcher final : public SpotFetcher
 public:
     static constexpr const char *k_defaultUrl = "https://api.wwbota.org";
 
-    explicit WwbotaSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+    explicit WwbotaSpotFetcher(QObject *parent = nullptr,
+                               const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 

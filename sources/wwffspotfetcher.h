@@ -11,7 +11,8 @@ class WwffSpotFetcher final : public SpotFetcher
 public:
     static constexpr const char *k_defaultUrl = "https://spots.wwff.co";
 
-    explicit WwffSpotFetcher(QObject *parent = nullptr, const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
+    explicit WwffSpotFetcher(QObject *parent = nullptr,
+                             const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 

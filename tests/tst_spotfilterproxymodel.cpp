@@ -1,5 +1,6 @@
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
+#include "support/modeltest.h"
 #include "support/testmain.h"
 
 #include <QAbstractItemModelTester>
@@ -12,29 +13,13 @@ namespace {
 using S = StationSpot;
 } // namespace
 
-class TestSpotFilterProxyModel final : public QObject
+class TestSpotFilterProxyModel final : public ModelTest
 {
     Q_OBJECT
 
 private:
-    qint64 m_now = 0;
-    StationModel *m_model = nullptr;
     SpotFilterProxyModel *m_proxy = nullptr;
-    QAbstractItemModelTester *m_tester = nullptr;
-
-    QDateTime ago(qint64 secs) const { return QDateTime::fromMSecsSinceEpoch(m_now - secs * 1000, Qt::UTC); }
-    S spot(S::Source source, const QString &call, const QString &ref, double khz, qint64 secsAgo = 60,
-           const QString &mode = "CW") const
-    {
-        S s;
-        s.source = source;
-        s.callsign = call;
-        s.reference = ref;
-        s.frequencyKhz = khz;
-        s.mode = mode;
-        s.spotTime = ago(secsAgo);
-        return s;
-    }
+    QAbstractItemModelTester *m_proxyTester = nullptr;
 
     QStringList shown() const
     {
@@ -54,19 +39,17 @@ private:
 private slots:
     void init()
     {
-        m_now = QDateTime::currentMSecsSinceEpoch() / 1000 * 1000;
-        m_model = new StationModel(this);
-        m_model->setClock([this] { return m_now; });
+        setUpModel();
         m_proxy = new SpotFilterProxyModel(this);
         m_proxy->setSourceModel(m_model);
-        m_tester = new QAbstractItemModelTester(m_proxy, this);
+        m_proxyTester = new QAbstractItemModelTester(m_proxy, this);
     }
 
     void cleanup()
     {
-        delete m_tester;
+        delete m_proxyTester;
         delete m_proxy;
-        delete m_model;
+        tearDownModel();
     }
 
     void defaultsAndSources()

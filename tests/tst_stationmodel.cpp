@@ -1,4 +1,5 @@
 #include "model/stationmodel.h"
+#include "support/modeltest.h"
 #include "support/testmain.h"
 
 #include <QAbstractItemModelTester>
@@ -97,20 +98,11 @@ QStringList callsOf(const QList<S> &spots)
 
 } // namespace
 
-class TestStationModel final : public QObject
+class TestStationModel final : public ModelTest
 {
     Q_OBJECT
 
 private:
-    qint64 m_now = 0;
-    StationModel *m_model = nullptr;
-    QAbstractItemModelTester *m_tester = nullptr;
-
-    QDateTime ago(qint64 secs) const { return QDateTime::fromMSecsSinceEpoch(m_now - secs * 1000, Qt::UTC); }
-    S spot(S::Source source, const QString &call, const QString &ref, double khz, qint64 secsAgo) const
-    {
-        return makeSpot(source, call, ref, khz, ago(secsAgo));
-    }
     QStringList rows() const { return callsOf(m_model->spots()); }
     void merge(const QList<S> &batch) { m_model->mergeSpots(batch); }
 
@@ -131,19 +123,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        m_now = QDateTime::currentMSecsSinceEpoch() / 1000 * 1000; // whole seconds keep boundaries exact
-        m_model = new StationModel(this);
-        m_model->setClock([this] { return m_now; });
-        m_tester = new QAbstractItemModelTester(m_model, this);
-    }
+    void init() { setUpModel(); }
 
-    void cleanup()
-    {
-        delete m_tester;
-        delete m_model;
-    }
+    void cleanup() { tearDownModel(); }
 
     void replacementPerSourceAndExpiry()
     {

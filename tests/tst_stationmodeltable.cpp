@@ -1,5 +1,6 @@
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
+#include "support/modeltest.h"
 #include "support/testmain.h"
 
 #include <QAbstractItemModelTester>
@@ -8,46 +9,20 @@
 
 #include <cmath>
 
-class TestStationModelTable final : public QObject
+class TestStationModelTable final : public ModelTest
 {
     Q_OBJECT
 
 private:
-    qint64 m_now = 0;
-    StationModel *m_model = nullptr;
-    QAbstractItemModelTester *m_tester = nullptr;
-
-    QDateTime ago(qint64 secs) const { return QDateTime::fromMSecsSinceEpoch(m_now - secs * 1000, Qt::UTC); }
-    StationSpot spot(StationSpot::Source source, const QString &call, const QString &ref, double khz,
-                     qint64 secsAgo) const
-    {
-        StationSpot s;
-        s.source = source;
-        s.callsign = call;
-        s.reference = ref;
-        s.frequencyKhz = khz;
-        s.spotTime = ago(secsAgo);
-        return s;
-    }
     QVariant cell(int row, int col, int role = Qt::DisplayRole) const
     {
         return m_model->data(m_model->index(row, col), role);
     }
 
 private slots:
-    void init()
-    {
-        m_now = QDateTime::currentMSecsSinceEpoch() / 1000 * 1000;
-        m_model = new StationModel(this);
-        m_model->setClock([this] { return m_now; });
-        m_tester = new QAbstractItemModelTester(m_model, this);
-    }
+    void init() { setUpModel(); }
 
-    void cleanup()
-    {
-        delete m_tester;
-        delete m_model;
-    }
+    void cleanup() { tearDownModel(); }
 
     void ageAndFrequencyTexts()
     {

@@ -142,10 +142,16 @@ SpotFilterProxyModel::ModeClass SpotFilterProxyModel::modeClass(const QString &m
     return classifyUpper(upper, Qt::CaseSensitive);
 }
 
+void SpotFilterProxyModel::setSourceModel(QAbstractItemModel *model)
+{
+    m_stationModel = qobject_cast<const StationModel *>(model);
+    QSortFilterProxyModel::setSourceModel(model);
+}
+
 bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
 {
     Q_UNUSED(sourceParent)
-    const auto *model = qobject_cast<const StationModel *>(sourceModel());
+    const StationModel *model = m_stationModel.data();
     if (!model)
         return true;
     if (sourceRow < 0 || sourceRow >= model->spots().size())
@@ -204,7 +210,7 @@ bool SpotFilterProxyModel::lessThan(const QModelIndex &left, const QModelIndex &
 {
     // The age column's sort value is the spot time in whole seconds; compare
     // it straight from the model instead of through two QVariants.
-    const auto *model = qobject_cast<const StationModel *>(sourceModel());
+    const StationModel *model = m_stationModel.data();
     if (model && sortRole() == Qt::UserRole && left.column() == StationModel::AgeColumn &&
         right.column() == StationModel::AgeColumn && left.isValid() && right.isValid()) {
         return model->spotTimeMSecsAt(left.row()) / 1000 < model->spotTimeMSecsAt(right.row()) / 1000;

@@ -3,6 +3,7 @@
 #include "model/bands.h"
 #include "model/stationspot.h"
 
+#include <QPointer>
 #include <QSet>
 #include <QSortFilterProxyModel>
 #include <QString>
@@ -14,6 +15,8 @@ class QTimer;
 
 // Decides which spots the table shows (source, status, mode, band, age,
 // programme, association, search text) and sorts by the model's sort values.
+class StationModel;
+
 class SpotFilterProxyModel final : public QSortFilterProxyModel
 {
     Q_OBJECT
@@ -54,11 +57,16 @@ public:
     // The class of a mode text, compared upper-cased and whole.
     static ModeClass modeClass(const QString &mode);
 
+    void setSourceModel(QAbstractItemModel *model) override;
+
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
 
 private:
+    // The source as a station model, or null; looked up once, not per row,
+    // and cleared should the model go before the proxy.
+    QPointer<const StationModel> m_stationModel;
     std::array<bool, 7> m_sourceEnabled{{true, true, true, true, true, false, true}};
     int m_statusFilter = k_statusActive;
     QString m_textFilter;

@@ -52,6 +52,20 @@ private slots:
         tearDownModel();
     }
 
+    void outlivesItsModel()
+    {
+        SpotFilterProxyModel proxy;
+        auto *model = new StationModel;
+        proxy.setSourceModel(model);
+        proxy.sort(StationModel::AgeColumn);
+        model->mergeSpots(
+            {spot(S::POTA, "K1A", "US-0001", 14062), spot(S::POTA, "K2B", "US-0002", 7030, 120)});
+        QCOMPARE(proxy.rowCount(), 2);
+        delete model;
+        proxy.setTextFilter(QStringLiteral("k")); // re-filters with no model left
+        QCOMPARE(proxy.rowCount(), 0);
+    }
+
     void defaultsAndSources()
     {
         QCOMPARE(m_proxy->sortRole(), int(Qt::UserRole));

@@ -66,6 +66,7 @@ protected:
 
 private slots:
     void onSpotsReady(const QList<StationSpot> &spots);
+    void flushDxSpots();
     void onFetchError(const QString &error);
     void onFetchStarted();
     void onDxConnectionChanged(bool connected);
@@ -102,6 +103,9 @@ private:
     QSet<QString> bandFilterFromButtons() const;
     void createDxFetchers();
     void updateDxStatusLabel();
+    // Merges one batch (or several coalesced DX batches, answers > 1) and
+    // updates everything that follows a merge.
+    void ingestBatch(const QList<StationSpot> &spots, int answers);
     void updateSpotCounts();
     void restoreSelection(int previousRow);
     void selectProxyRow(int row);
@@ -144,6 +148,8 @@ private:
     int m_pendingFetches = 0;
     QDateTime m_lastRefresh[7];
     int m_lastBatchSize[7] = {};
+    QList<StationSpot> m_pendingDxSpots;
+    int m_pendingDxBatches = 0;
     QString m_selectedKey;
     bool m_restoringSelection = false;
 

@@ -21,8 +21,10 @@
 #include <QSet>
 #include <QStatusBar>
 #include <QTableView>
+#include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 QList<std::pair<StationSpot::Source, SpotFetcher *>> MainWindow::webSources() const
 {
@@ -42,7 +44,27 @@ void MainWindow::wireSources()
 
 void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
 {
-    --m_pendingFetches;
+    // A busy cluster node sends a spot a line, often hundreds in one read.
+    // Lines that arrive together are merged together once the read is done,
+    // so a flood costs one merge per read instead of one per line.
+    if (!spots.isEmpty() && spots.first().source == StationSpot::DX) {
+        m_pendingDxSpots += spots;
+        if (++m_pendingDxBatches == 1)
+            QTimer::singleShot(0, this, &MainWindow::flushDxSpots);
+        return;
+    }
+    ingestBatch(spots, 1);
+}
+
+void MainWindow::flushDxSpots()
+{
+    const QList<StationSpot> spots = std::exchange(m_pendingDxSpots, {});
+    ingestBatch(spots, std::exchange(m_pendingDxBatches, 0));
+}
+
+void MainWindow::ingestBatch(const QList<StationSpot> &spots, int answers)
+{
+    m_pendingFetches -= answers;
     if (!spots.isEmpty()) {
         const StationSpot::Source source = spots.first().source;
         if (source != StationSpot::DX && source >= 0 && source < 7) {

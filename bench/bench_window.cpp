@@ -63,6 +63,7 @@ void BM_DxLineToTable(benchmark::State &state)
     for (auto _ : state) {
         const StationSpot spot = DxClusterFetcher::parseDxLine(lines.at(i++ % lines.size()));
         emit cluster->spotsReady({spot});
+        QCoreApplication::processEvents(); // the window merges once the read is done
     }
     state.counters["rows"] = window.stationModel()->rowCount();
     state.counters["shown"] = window.spotTable()->model()->rowCount();

@@ -86,6 +86,31 @@ private slots:
         QCOMPARE(w.spotTable()->model()->rowCount(), 0);
     }
 
+    void aFloodIsMergedPerReadNotPerLine()
+    {
+        ClusterTestServer node;
+        QVERIFY(node.start());
+        node.setLoginReply("Hello N0CALL\r\n");
+        writeSettings(QJsonObject{
+            {QStringLiteral("callsign"), QStringLiteral("N0CALL")},
+            {QStringLiteral("sources"), QJsonObject{{QStringLiteral("dx"), true}}},
+            {QStringLiteral("dxClusters"), QJsonArray{clusterEntry(node)}},
+        });
+        MainWindow w(services());
+        QTRY_VERIFY_WITH_TIMEOUT(w.anyDxConnected(), 5000);
+
+        QSignalSpy resets(w.stationModel(), &QAbstractItemModel::modelReset);
+        QByteArray flood;
+        for (int i = 0; i < 3000; ++i)
+            flood += spotLine("W3LPL", 14000.0 + i * 0.5,
+                              QByteArray("DL" + QByteArray::number(i) + "X").constData(), "CW") +
+                     "\r\n";
+        node.send(flood);
+        QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 3000, 20000);
+        QVERIFY2(resets.count() < 100, qPrintable(QString::number(resets.count())));
+        QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusSpots").contains(QStringLiteral("DX:3000")), 5000);
+    }
+
     void tickingDxWithoutCallsignReminds()
     {
         ClusterTestServer node;

@@ -185,7 +185,12 @@ void MainWindow::setupCentralWidget()
     m_table->setWordWrap(false);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(22);
-    m_table->horizontalHeader()->setStretchLastSection(true);
+    // Fixed starting widths: fitting columns to their contents would measure
+    // every row after every merge. The park or summit name takes the slack.
+    static constexpr int k_columnWidths[] = {70, 100, 110, 0, 95, 60, 75, 85, 75, 70};
+    for (int column = 0; column < 10; ++column)
+        m_table->horizontalHeader()->resizeSection(column, k_columnWidths[column]);
+    m_table->horizontalHeader()->setSectionResizeMode(3, QHeaderView::Stretch);
     m_table->sortByColumn(6, Qt::DescendingOrder);
     // Distance and bearing mean nothing until the operator's position is known.
     m_table->setColumnHidden(8, true);

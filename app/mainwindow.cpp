@@ -1,12 +1,15 @@
 #include "app/mainwindow.h"
 
-#include "app/detailpanel.h"
-#include "app/filterbar.h"
+#include "app/spotingestor.h"
 #include "app/tallisdir.h"
+#include "app/widgets/detailpanel.h"
+#include "app/widgets/filterbar.h"
 #include "buildinfo.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
+#include "radio/hamliblink.h"
+#include "radio/radiorouter.h"
 #include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
@@ -21,11 +24,13 @@
 #include <QCloseEvent>
 #include <QFile>
 #include <QHeaderView>
+#include <QJsonObject>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
@@ -49,11 +54,18 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_wwbotaFetcher(new WwbotaSpotFetcher(this, services.wwbota))
     , m_botaFetcher(new BotaSpotFetcher(this))
     , m_gmaFetcher(new GmaSpotFetcher(this, services.gma))
+    , m_dxClusters(this)
     , m_rig(new HamlibController) // parentless: it moves to its own thread
     , m_pollTimer(new QTimer(this))
     , m_reconnectTimer(new QTimer(this))
+    , m_network(new QNetworkAccessManager(this))
+    , m_rigLink(new HamlibLink(m_rig, this))
+    , m_radio(new RadioRouter(m_rigLink, m_pollTimer, m_reconnectTimer, this))
+    , m_ingestor(new SpotIngestor(m_model, this))
 {
     registerStationSpotMetaTypes();
+    m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
+    m_reconnectTimer->setObjectName(QStringLiteral("rigReconnectTimer"));
     m_proxy->setSourceModel(m_model);
     ensureTallisDir();
     setupUi();
@@ -68,16 +80,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     wireRig();
 
     // Sources the user switched off stay quiet until ticked again.
-    for (const auto &[source, fetcher] : webSources()) {
-        if (m_filterBar->isSourceEnabled(source))
-            fetcher->startAutoRefresh(m_settings.refreshIntervalSecs);
-    }
-
+    m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
     createDxFetchers();
-    if (m_filterBar->isSourceEnabled(StationSpot::DX)) {
-        for (DxClusterFetcher *dx : std::as_const(m_dxFetchers))
-            dx->connectToCluster();
-    }
+    if (m_filter.isSourceEnabled(StationSpot::DX))
+        m_dxClusters.connectAll();
 
     QTimer::singleShot(0, this, &MainWindow::startupChecks);
     // Written at every start so the file always holds every key.
@@ -94,16 +100,13 @@ MainWindow::~MainWindow()
     m_rig = nullptr;
 }
 
-QList<SpotFetcher *> MainWindow::webFetchers() const
-{
-    return {m_potaFetcher, m_sotaFetcher, m_wwffFetcher, m_wwbotaFetcher, m_botaFetcher, m_gmaFetcher};
-}
-
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     saveJsonSettings();
     event->accept();
 }
+
+// ---- interface ------------------------------------------------------------
 
 void MainWindow::setupUi()
 {
@@ -127,8 +130,7 @@ void MainWindow::setupMenuBar()
     file->addAction(QStringLiteral("&Quit"), this, &QWidget::close);
 
     QMenu *radio = menuBar()->addMenu(QStringLiteral("&Radio"));
-    radio->addAction(QStringLiteral("&Disconnect Radio"), this,
-                     [this] { QMetaObject::invokeMethod(m_rig, "disconnectRig", Qt::QueuedConnection); });
+    radio->addAction(QStringLiteral("&Disconnect Radio"), this, [this] { m_rigLink->disconnectRig(); });
 
     QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("&About Tallis"), this, &MainWindow::onAbout);
@@ -140,18 +142,17 @@ void MainWindow::setupToolBar()
     bar->setObjectName(QStringLiteral("mainToolbar"));
     bar->setMovable(false);
     bar->addAction(QStringLiteral("Refresh All"), this, &MainWindow::onRefreshAll);
-    bar->addSeparator();
-    m_toolbarRadioStatus = new QLabel(QStringLiteral("Radio: Not Connected"), bar);
-    m_toolbarRadioStatus->setObjectName(QStringLiteral("toolbarRadioStatus"));
-    bar->addWidget(m_toolbarRadioStatus);
-    bar->addSeparator();
-    m_toolbarDxStatus = new QLabel(QStringLiteral("DX: Disconnected"), bar);
-    m_toolbarDxStatus->setObjectName(QStringLiteral("toolbarDxStatus"));
-    bar->addWidget(m_toolbarDxStatus);
-    bar->addSeparator();
-    m_callsignLabel = new QLabel(QStringLiteral("DE: [not set]"), bar);
-    m_callsignLabel->setObjectName(QStringLiteral("callsignLabel"));
-    bar->addWidget(m_callsignLabel);
+    const auto addLabel = [bar](const QString &text, const QString &objectName) {
+        bar->addSeparator();
+        auto *label = new QLabel(text, bar);
+        label->setObjectName(objectName);
+        bar->addWidget(label);
+        return label;
+    };
+    m_toolbarRadioStatus =
+        addLabel(QStringLiteral("Radio: Not Connected"), QStringLiteral("toolbarRadioStatus"));
+    m_toolbarDxStatus = addLabel(QStringLiteral("DX: Disconnected"), QStringLiteral("toolbarDxStatus"));
+    m_callsignLabel = addLabel(QStringLiteral("DE: [not set]"), QStringLiteral("callsignLabel"));
 }
 
 void MainWindow::setupCentralWidget()
@@ -185,20 +186,24 @@ void MainWindow::setupCentralWidget()
     m_table->setWordWrap(false);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(22);
+    // The operator's keys must work after a click on a row too.
+    m_table->installEventFilter(this);
     // Fixed starting widths: fitting columns to their contents would measure
     // every row after every merge. The park or summit name takes the slack.
-    static constexpr int k_columnWidths[] = {70, 100, 110, 0, 95, 60, 75, 85, 75, 70};
-    for (int column = 0; column < 10; ++column)
+    static constexpr int k_columnWidths[StationModel::ColumnCount] = {70, 100, 110, 0,  95,
+                                                                      60, 75,  85,  75, 70};
+    for (int column = 0; column < StationModel::ColumnCount; ++column)
         m_table->horizontalHeader()->resizeSection(column, k_columnWidths[column]);
-    m_table->horizontalHeader()->setSectionResizeMode(3, QHeaderView::Stretch);
-    m_table->sortByColumn(6, Qt::DescendingOrder);
+    m_table->horizontalHeader()->setSectionResizeMode(StationModel::NameColumn, QHeaderView::Stretch);
+    m_table->sortByColumn(StationModel::AgeColumn, Qt::DescendingOrder);
     // Distance and bearing mean nothing until the operator's position is known.
-    m_table->setColumnHidden(8, true);
-    m_table->setColumnHidden(9, true);
+    m_table->setColumnHidden(StationModel::DistanceColumn, true);
+    m_table->setColumnHidden(StationModel::BearingColumn, true);
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::onSelectionChanged);
 
     m_detailPanel = new DetailPanel(m_splitter);
+    connect(m_detailPanel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
     m_splitter->addWidget(m_table);
     m_splitter->addWidget(m_detailPanel);
     m_splitter->setStretchFactor(0, 3);
@@ -209,9 +214,9 @@ void MainWindow::setupCentralWidget()
 
 void MainWindow::setupStatusBar()
 {
-    m_statusRadio = new QLabel(QStringLiteral("Radio unconfigured — consult the settings"), this);
-    m_statusRadio->setObjectName(QStringLiteral("statusRadio"));
-    statusBar()->addWidget(m_statusRadio, 0);
+    m_statusBarRadio = new QLabel(QStringLiteral("Radio unconfigured — consult the settings"), this);
+    m_statusBarRadio->setObjectName(QStringLiteral("statusRadio"));
+    statusBar()->addWidget(m_statusBarRadio, 0);
 
     m_statusSpots = new QLabel(QStringLiteral("No spots"), this);
     m_statusSpots->setObjectName(QStringLiteral("statusSpots"));
@@ -224,6 +229,7 @@ void MainWindow::setupStatusBar()
     statusBar()->addPermanentWidget(m_statusRefresh);
 
     m_statusBridge = new QLabel(QStringLiteral("LW: linked"), this);
+    m_statusBridge->setObjectName(QStringLiteral("statusBridge"));
     m_statusBridge->setStyleSheet(QStringLiteral("color: #7fbf7f; font-weight: bold; padding: 0 8px;"));
     statusBar()->addPermanentWidget(m_statusBridge);
     m_statusBridge->hide();
@@ -251,48 +257,56 @@ void MainWindow::onAbout()
     box.exec();
 }
 
+// ---- keys -----------------------------------------------------------------
+
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (m_filterBar->searchEdit()->hasFocus()) {
+    if (m_filterBar->searchEdit()->hasFocus() || !handleOperatorKey(event->key()))
         QMainWindow::keyPressEvent(event);
-        return;
-    }
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // The table's type-to-search would swallow the operator's letters.
+    if (watched == m_table && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->modifiers() == Qt::NoModifier)
+        return handleOperatorKey(static_cast<QKeyEvent *>(event)->key());
+    return QMainWindow::eventFilter(watched, event);
+}
+
+bool MainWindow::handleOperatorKey(int key)
+{
     const auto clickIfEnabled = [](QPushButton *button) {
         if (button->isEnabled())
             button->click();
+        return true; // swallowed either way
     };
-    switch (event->key()) {
+    switch (key) {
     case Qt::Key_H:
-        clickIfEnabled(m_detailPanel->heardButton());
-        return;
+        return clickIfEnabled(m_detailPanel->heardButton());
     case Qt::Key_U:
     case Qt::Key_Q:
-        clickIfEnabled(m_detailPanel->unheardButton());
-        return;
+        return clickIfEnabled(m_detailPanel->unheardButton());
     case Qt::Key_L:
-        clickIfEnabled(m_detailPanel->addToLogButton());
-        return;
+        return clickIfEnabled(m_detailPanel->addToLogButton());
     case Qt::Key_T:
-        clickIfEnabled(m_detailPanel->tuneButton());
-        return;
+        return clickIfEnabled(m_detailPanel->tuneButton());
     case Qt::Key_J:
     case Qt::Key_K: {
         const int rows = m_proxy->rowCount();
         if (rows == 0)
-            break;
+            return false;
         const QModelIndexList selected = m_table->selectionModel()->selectedRows();
-        int row;
+        const int step = key == Qt::Key_J ? 1 : -1;
         if (selected.isEmpty())
-            row = event->key() == Qt::Key_J ? 0 : rows - 1;
+            selectProxyRow(step > 0 ? 0 : rows - 1);
         else
-            row = qBound(0, selected.first().row() + (event->key() == Qt::Key_J ? 1 : -1), rows - 1);
-        selectProxyRow(row);
-        return;
+            selectProxyRow(qBound(0, selected.first().row() + step, rows - 1));
+        return true;
     }
     default:
-        break;
+        return false;
     }
-    QMainWindow::keyPressEvent(event);
 }
 
 void MainWindow::selectProxyRow(int row)
@@ -301,4 +315,504 @@ void MainWindow::selectProxyRow(int row)
     m_table->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     m_table->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
     m_table->scrollTo(index);
+}
+
+// ---- spots ----------------------------------------------------------------
+
+void MainWindow::wireSources()
+{
+    const QList<std::pair<StationSpot::Source, SpotFetcher *>> sources{
+        {StationSpot::POTA, m_potaFetcher}, {StationSpot::SOTA, m_sotaFetcher},
+        {StationSpot::WWFF, m_wwffFetcher}, {StationSpot::WWBOTA, m_wwbotaFetcher},
+        {StationSpot::BOTA, m_botaFetcher}, {StationSpot::GMA, m_gmaFetcher}};
+    for (const auto &[source, fetcher] : sources) {
+        connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
+        connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
+        connect(fetcher, &SpotFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
+    }
+    // Refresh order: SOTA first.
+    for (const auto &[source, fetcher] :
+         {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
+        m_ingestor->addWebSource(source, fetcher);
+
+    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
+        const QModelIndexList selected = m_table->selectionModel()->selectedRows();
+        m_selection.rememberRow(selected.isEmpty() ? -1 : selected.first().row());
+    });
+    connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
+    connect(m_ingestor, &SpotIngestor::allAnswered, this, [this](const QDateTime &at) {
+        m_statusRefresh->setText(
+            QStringLiteral("Last refresh: %1").arg(at.toString(QStringLiteral("HH:mm:ss"))));
+    });
+}
+
+void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
+{
+    m_ingestor->receive(spots);
+}
+
+void MainWindow::afterMerge(const QList<StationSpot> &batch)
+{
+    Q_UNUSED(batch)
+    updateSpotCounts();
+    const int row = m_selection.rowToRestore(*m_proxy, *m_model);
+    if (row < 0)
+        return;
+    const SelectionKeeper::Restoring restoring(m_selection);
+    selectProxyRow(row);
+}
+
+void MainWindow::onFetchStarted()
+{
+    m_ingestor->noteFetchStarted();
+    if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()))
+        statusBar()->showMessage(QStringLiteral("Connecting to DX cluster %1…").arg(dx->host()), 10000);
+    else
+        statusBar()->showMessage(QStringLiteral("Consulting the celestial registry…"), 3000);
+}
+
+void MainWindow::onFetchError(const QString &error)
+{
+    m_ingestor->noteFetchError();
+    statusBar()->showMessage(QStringLiteral("The oracles have failed us: %1").arg(error), 8000);
+}
+
+void MainWindow::updateSpotCounts()
+{
+    m_statusSpots->setText(m_ingestor->countsText(m_proxy->rowCount()));
+}
+
+void MainWindow::onRefreshAll()
+{
+    m_ingestor->refreshAll(m_filter);
+}
+
+void MainWindow::applyFilter(bool save)
+{
+    m_filterBar->updateState(m_filter);
+    m_filter.applyTo(*m_proxy);
+    updateSpotCounts();
+    if (save)
+        saveJsonSettings();
+}
+
+void MainWindow::onSourceFilterChanged()
+{
+    m_filterBar->updateState(m_filter);
+    m_filter.applyTo(*m_proxy);
+    m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
+    if (m_filter.isSourceEnabled(StationSpot::DX)) {
+        if (m_settings.callsign.isEmpty())
+            statusBar()->showMessage(QStringLiteral("DX cluster: set your callsign in Preferences first"),
+                                     8000);
+        m_dxClusters.connectAll();
+    } else {
+        m_dxClusters.disconnectAll();
+        // A deliberate disconnect is not announced by the clients themselves.
+        updateDxStatusLabel();
+    }
+    applyFilter(true);
+}
+
+void MainWindow::onModeFilterChanged()
+{
+    applyFilter(true);
+}
+
+void MainWindow::onBandFilterChanged()
+{
+    applyFilter(true);
+}
+
+void MainWindow::onStatusFilterChanged(int index)
+{
+    Q_UNUSED(index)
+    applyFilter(true);
+}
+
+void MainWindow::onTextFilterChanged(const QString &text)
+{
+    Q_UNUSED(text)
+    applyFilter(false); // the search text is never saved
+}
+
+void MainWindow::createDxFetchers()
+{
+    m_dxClusters.rebuild(m_settings.dxClusters, m_settings.callsign, [this](DxClusterFetcher *dx) {
+        connect(dx, &DxClusterFetcher::spotsReady, this, &MainWindow::onSpotsReady);
+        connect(dx, &DxClusterFetcher::fetchError, this, &MainWindow::onFetchError);
+        connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
+        connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
+    });
+}
+
+void MainWindow::onDxConnectionChanged(bool connected)
+{
+    updateDxStatusLabel();
+    if (!connected) {
+        statusBar()->showMessage(QStringLiteral("DX cluster disconnected."), 4000);
+        return;
+    }
+    QString host;
+    if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()); dx && !dx->host().isEmpty())
+        host = QStringLiteral(" — %1").arg(dx->host());
+    statusBar()->showMessage(QStringLiteral("DX cluster connected%1").arg(host), 5000);
+}
+
+void MainWindow::updateDxStatusLabel()
+{
+    m_toolbarDxStatus->setText(anyDxConnected() ? QStringLiteral("DX: Connected")
+                                                : QStringLiteral("DX: Disconnected"));
+}
+
+bool MainWindow::anyDxConnected() const
+{
+    return m_dxClusters.anyConnected();
+}
+
+StationSpot MainWindow::spotForKey(const QString &key) const
+{
+    return m_model->spotAt(SelectionKeeper::modelRowForKey(*m_model, key));
+}
+
+void MainWindow::onSelectionChanged()
+{
+    const QModelIndexList selected = m_table->selectionModel()->selectedRows();
+    if (selected.isEmpty()) {
+        m_selection.setSelectedKey(QString());
+        m_model->setHighlightGroup(0);
+        m_detailPanel->clear();
+        return;
+    }
+    const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(selected.first()).row());
+    m_selection.setSelectedKey(spot.key());
+    m_model->setHighlightGroup(spot.groupId);
+
+    QStringList partners;
+    for (const StationSpot &other :
+         m_model->findMultiOpPartners(spot.reference, spot.frequencyKhz, spot.spotTime, spot.callsign))
+        partners.append(other.callsign);
+    m_detailPanel->showSpot(spot, partners.join(QStringLiteral(", ")));
+
+    if (!m_selection.isRestoring() && spot.frequencyKhz > 0 &&
+        (isLwBridgeActive() || m_rigLink->isConnected()))
+        tuneStation(spot.frequencyKhz, spot.mode);
+}
+
+// ---- radio ----------------------------------------------------------------
+
+void MainWindow::wireRig()
+{
+    connect(m_rig, &HamlibController::connectionChanged, this, &MainWindow::onRadioConnectionChanged);
+    connect(m_rig, &HamlibController::capabilitiesChanged, this, &MainWindow::onCapabilitiesChanged);
+    connect(m_rig, &HamlibController::radioStateRead, this, &MainWindow::onRadioStateRead);
+    connect(m_rig, &HamlibController::error, this,
+            [this](const QString &message) { statusBar()->showMessage(message, 5000); });
+
+    m_rigThread = new QThread(this);
+    m_rigThread->setObjectName(QStringLiteral("rigThread"));
+    m_rig->moveToThread(m_rigThread);
+    m_rigThread->start(QThread::InheritPriority);
+
+    m_pollTimer->setInterval(500);
+    connect(m_pollTimer, &QTimer::timeout, m_rig, &HamlibController::requestPoll);
+    connect(m_rig, &HamlibController::pollResult, this, &MainWindow::onRadioPollResult);
+
+    m_reconnectTimer->setInterval(15000);
+    connect(m_reconnectTimer, &QTimer::timeout, m_radio, &RadioRouter::onReconnectTick);
+}
+
+void MainWindow::startupChecks()
+{
+    // Let the window appear before a slow serial rig is opened.
+    m_radio->connectRigLater(1500);
+}
+
+bool MainWindow::isLwBridgeActive() const
+{
+    return m_radio->isBridgeActive();
+}
+
+void MainWindow::tuneStation(double kHz, const QString &mode)
+{
+    const bool viaBridge = m_radio->tune(kHz, mode);
+    statusBar()->showMessage(
+        (viaBridge ? QStringLiteral("Tuned to %1 kHz via Lampwick — may fortune favour the bold.")
+                   : QStringLiteral("Tuned to %1 kHz — may fortune favour the bold."))
+            .arg(kHz, 0, 'f', 0),
+        4000);
+}
+
+void MainWindow::onTuneClicked()
+{
+    if (!m_selection.hasSelection())
+        return;
+    if (!isLwBridgeActive() && !m_rigLink->isConnected()) {
+        QMessageBox::question(
+            this, QStringLiteral("Radio Not Connected"),
+            QStringLiteral(
+                "The radio has not yet been graced with a connection.\nWould you care to configure it now?"),
+            QMessageBox::Yes | QMessageBox::No);
+        return;
+    }
+    const StationSpot spot = spotForKey(m_selection.selectedKey());
+    if (spot.frequencyKhz > 0)
+        tuneStation(spot.frequencyKhz, spot.mode);
+}
+
+void MainWindow::onRadioConnectionChanged(bool connected)
+{
+    m_radio->onRigConnectionChanged(connected);
+    if (connected) {
+        m_toolbarRadioStatus->setText(QStringLiteral("Radio: Connected"));
+        m_statusBarRadio->setText(QStringLiteral("Radio: Connected"));
+        statusBar()->showMessage(QStringLiteral("Radio connection established — let the hunt commence."),
+                                 4000);
+        return;
+    }
+    m_toolbarRadioStatus->setText(QStringLiteral("Radio: Not Connected"));
+    m_statusBarRadio->setText(QStringLiteral("Radio unconfigured — consult the settings"));
+    statusBar()->showMessage(QStringLiteral("Radio connection severed."), 4000);
+    m_detailPanel->radioFreqLabel()->setText(QStringLiteral("NOT CONNECTED"));
+    m_detailPanel->radioModeLabel()->clear();
+}
+
+void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
+{
+    Q_UNUSED(caps)
+}
+
+void MainWindow::onRadioStateRead(const RadioState &state)
+{
+    Q_UNUSED(state)
+}
+
+void MainWindow::onRadioPollResult(double kHz, const QString &mode)
+{
+    m_radio->notePollResult(kHz, mode);
+    if (kHz > 0)
+        m_detailPanel->radioFreqLabel()->setText(QStringLiteral("%1 MHz").arg(kHz / 1000.0, 0, 'f', 3));
+    m_detailPanel->radioModeLabel()->setText(mode);
+}
+
+// ---- settings -------------------------------------------------------------
+
+void MainWindow::loadJsonSettings()
+{
+    // Widgets fire change signals while the file is applied; saving then
+    // would write a half-loaded state over the real one.
+    m_loadingSettings = true;
+    m_settings = SettingsFile(settingsFilePath()).load();
+    m_filter = m_settings.filterState();
+    m_radio->setRigConfig(m_settings.rig);
+    if (m_settings.fileExisted)
+        applySettingsToWidgets();
+    else
+        resize(1200, 680);
+    m_loadingSettings = false;
+}
+
+void MainWindow::applySettingsToWidgets()
+{
+    const AppSettings &s = m_settings;
+    if (!s.callsign.isEmpty())
+        m_callsignLabel->setText(QStringLiteral("DE: %1").arg(s.callsign));
+    m_filterBar->setState(m_filter);
+    m_filter.applyTo(*m_proxy);
+    m_model->setWatchCallsigns(s.watchCallsigns);
+    m_model->setWatchReferences(s.watchReferences);
+    updateSpotCounts();
+
+    m_table->sortByColumn(s.sortColumn, s.sortOrder);
+    if (s.windowGeometry.isEmpty())
+        resize(1200, 680);
+    else
+        restoreGeometry(s.windowGeometry);
+    if (!s.windowState.isEmpty())
+        restoreState(s.windowState, 0);
+    if (!s.splitterState.isEmpty())
+        m_splitter->restoreState(s.splitterState);
+
+    if (s.hasUserLocation)
+        m_model->setUserLocation(s.latitude, s.longitude);
+    m_table->setColumnHidden(StationModel::DistanceColumn, !s.hasUserLocation);
+    m_table->setColumnHidden(StationModel::BearingColumn, !s.hasUserLocation);
+    m_filterBar->autoAtuCheck()->setChecked(s.autoAtu);
+}
+
+void MainWindow::saveJsonSettings()
+{
+    if (m_loadingSettings)
+        return;
+    m_settings.setFilterState(m_filter);
+    if (m_table->horizontalHeader()->sortIndicatorSection() >= 0)
+        m_settings.sortColumn = m_table->horizontalHeader()->sortIndicatorSection();
+    m_settings.sortOrder = m_table->horizontalHeader()->sortIndicatorOrder();
+    m_settings.autoAtu = m_filterBar->autoAtuCheck()->isChecked();
+    m_settings.windowGeometry = saveGeometry();
+    m_settings.windowState = saveState(0);
+    m_settings.splitterState = m_splitter->saveState();
+    SettingsFile(settingsFilePath()).save(m_settings);
+}
+
+// ---- API ------------------------------------------------------------------
+
+bool MainWindow::apiIsRadioConnected() const
+{
+    return m_rigLink->isConnected();
+}
+
+double MainWindow::apiRadioFreqKhz() const
+{
+    return m_radio->lastFreqKhz();
+}
+
+QString MainWindow::apiRadioMode() const
+{
+    return m_radio->lastMode();
+}
+
+QString MainWindow::apiCallsign() const
+{
+    return m_settings.callsign;
+}
+
+int MainWindow::apiVisibleSpotCount() const
+{
+    return m_proxy->rowCount();
+}
+
+int MainWindow::apiTotalSpotCount() const
+{
+    return m_model->rowCount();
+}
+
+QList<StationSpot> MainWindow::apiVisibleSpots() const
+{
+    QList<StationSpot> spots;
+    const int rows = m_proxy->rowCount();
+    spots.reserve(rows);
+    for (int row = 0; row < rows; ++row)
+        spots.append(m_model->spots().at(m_proxy->mapToSource(m_proxy->index(row, 0)).row()));
+    return spots;
+}
+
+QList<StationSpot> MainWindow::apiAllSpots() const
+{
+    return m_model->spots();
+}
+
+QJsonObject MainWindow::apiConfigGet() const
+{
+    return QJsonObject{{QStringLiteral("callsign"), m_settings.callsign},
+                       {QStringLiteral("sotaRef"), m_settings.sotaRef},
+                       {QStringLiteral("maxAgeMins"), m_filter.maxAgeMins},
+                       {QStringLiteral("refreshIntervalSecs"), m_settings.refreshIntervalSecs},
+                       {QStringLiteral("wsEnabled"), m_settings.wsEnabled},
+                       {QStringLiteral("wsPort"), m_settings.wsPort},
+                       {QStringLiteral("wsHost"), m_settings.wsHost}};
+}
+
+void MainWindow::apiConfigSet(const QJsonObject &config)
+{
+    if (config.contains(QStringLiteral("maxAgeMins"))) {
+        m_filter.maxAgeMins = qBound(1, config.value(QStringLiteral("maxAgeMins")).toInt(), 720);
+        m_filter.applyTo(*m_proxy);
+        updateSpotCounts();
+    }
+    if (config.contains(QStringLiteral("refreshIntervalSecs"))) {
+        m_settings.refreshIntervalSecs =
+            qMax(60, config.value(QStringLiteral("refreshIntervalSecs")).toInt());
+        m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
+    }
+    saveJsonSettings();
+}
+
+QJsonObject MainWindow::apiFilterGet() const
+{
+    return m_filter.toApiJson();
+}
+
+void MainWindow::apiFilterSet(const QJsonObject &filter)
+{
+    m_filter.mergeApiJson(filter);
+    m_filterBar->setState(m_filter);
+    onSourceFilterChanged();
+}
+
+bool MainWindow::apiTuneToSpot(const QString &key)
+{
+    const StationSpot spot = spotForKey(key);
+    if (spot.frequencyKhz <= 0 || !(isLwBridgeActive() || m_rigLink->isConnected()))
+        return false;
+    tuneStation(spot.frequencyKhz, spot.mode);
+    return true;
+}
+
+void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
+{
+    Q_UNUSED(key)
+    Q_UNUSED(status)
+}
+
+bool MainWindow::apiLogSpot(const QString &key)
+{
+    return SelectionKeeper::modelRowForKey(*m_model, key) >= 0;
+}
+
+void MainWindow::apiRadioConnect()
+{
+    if (!m_rigLink->isConnected())
+        m_rigLink->connectRig(m_settings.rig);
+}
+
+void MainWindow::apiRadioDisconnect()
+{
+    m_rigLink->disconnectRig();
+}
+
+void MainWindow::apiSetRadioFreqKhz(double kHz)
+{
+    m_radio->target().setFrequency(kHz);
+}
+
+void MainWindow::apiSetRadioMode(const QString &mode)
+{
+    // Always the rig, re-tuning the last known frequency in the new mode.
+    m_rigLink->tune(m_radio->lastFreqKhz(), mode);
+}
+
+void MainWindow::apiSetVolume(int volume)
+{
+    m_radio->target().setVolume(volume);
+}
+
+void MainWindow::apiSetRfPower(int power)
+{
+    m_radio->target().setRfPower(power);
+}
+
+void MainWindow::apiSetMute(bool muted)
+{
+    m_radio->target().setMute(muted);
+}
+
+void MainWindow::apiSetFilter(int filter)
+{
+    m_radio->target().setFilter(filter);
+}
+
+void MainWindow::apiSetKeySpeed(int wpm)
+{
+    m_radio->target().setKeySpeed(wpm);
+}
+
+void MainWindow::apiStartTune()
+{
+    m_radio->startTune();
+}
+
+void MainWindow::apiRefresh()
+{
+    onRefreshAll();
 }

@@ -1,39 +1,42 @@
 #pragma once
 
+#include "api/apibackend.h"
+#include "app/selectionkeeper.h"
 #include "app/serviceurls.h"
 #include "app/settingsfile.h"
+#include "model/filterstate.h"
 #include "model/stationspot.h"
 #include "radio/rigtypes.h"
+#include "sources/dxclusterpool.h"
 
-#include <QDateTime>
 #include <QList>
 #include <QMainWindow>
-#include <QSet>
 
-#include <utility>
-
+class BotaSpotFetcher;
 class DetailPanel;
-class DxClusterFetcher;
 class FilterBar;
+class GmaSpotFetcher;
 class HamlibController;
+class HamlibLink;
+class PotaSpotFetcher;
 class QLabel;
+class QNetworkAccessManager;
 class QSplitter;
 class QTableView;
 class QThread;
 class QTimer;
-class SpotFetcher;
-class SpotFilterProxyModel;
-class StationModel;
-class PotaSpotFetcher;
+class RadioRouter;
 class SotaSpotFetcher;
-class WwffSpotFetcher;
+class SpotFilterProxyModel;
+class SpotIngestor;
+class StationModel;
 class WwbotaSpotFetcher;
-class BotaSpotFetcher;
-class GmaSpotFetcher;
+class WwffSpotFetcher;
 
-// The application controller: owns every long-lived object, builds the
-// interface, loads the stored state and wires the signals.
-class MainWindow final : public QMainWindow
+// The application controller: owns every long-lived object in a fixed order,
+// builds the interface, loads the stored state and wires the signals. The
+// work itself is done by the small classes it owns; its slots delegate.
+class MainWindow final : public QMainWindow, public ApiBackend
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MainWindow)
@@ -43,18 +46,36 @@ public:
     explicit MainWindow(const ServiceUrls &services, QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    StationModel *stationModel() const { return m_model; }
-    SpotFilterProxyModel *filterProxy() const { return m_proxy; }
-    QTableView *spotTable() const { return m_table; }
-    // POTA, SOTA, WWFF, WWBOTA, BOTA, GMA.
-    QList<SpotFetcher *> webFetchers() const;
-    QList<DxClusterFetcher *> dxFetchers() const { return m_dxFetchers; }
-    HamlibController *rigController() const { return m_rig; }
-    QTimer *radioPollTimer() const { return m_pollTimer; }
-    QTimer *rigReconnectTimer() const { return m_reconnectTimer; }
-
-    QString settingsFilePath() const;
     bool anyDxConnected() const;
+    bool isLwBridgeActive() const;
+
+    // The functions behind the WebSocket API.
+    bool apiIsRadioConnected() const override;
+    double apiRadioFreqKhz() const override;
+    QString apiRadioMode() const override;
+    QString apiCallsign() const override;
+    int apiVisibleSpotCount() const override;
+    int apiTotalSpotCount() const override;
+    QList<StationSpot> apiVisibleSpots() const override;
+    QList<StationSpot> apiAllSpots() const override;
+    QJsonObject apiConfigGet() const override;
+    void apiConfigSet(const QJsonObject &config) override;
+    QJsonObject apiFilterGet() const override;
+    void apiFilterSet(const QJsonObject &filter) override;
+    bool apiTuneToSpot(const QString &key) override;
+    void apiSetSpotStatus(const QString &key, StationSpot::Status status) override;
+    bool apiLogSpot(const QString &key) override;
+    void apiRadioConnect() override;
+    void apiRadioDisconnect() override;
+    void apiSetRadioFreqKhz(double kHz) override;
+    void apiSetRadioMode(const QString &mode) override;
+    void apiSetVolume(int volume) override;
+    void apiSetRfPower(int power) override;
+    void apiSetMute(bool muted) override;
+    void apiSetFilter(int filter) override;
+    void apiSetKeySpeed(int wpm) override;
+    void apiStartTune() override;
+    void apiRefresh() override;
 
 public slots:
     void onRefreshAll();
@@ -63,10 +84,10 @@ public slots:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private slots:
     void onSpotsReady(const QList<StationSpot> &spots);
-    void flushDxSpots();
     void onFetchError(const QString &error);
     void onFetchStarted();
     void onDxConnectionChanged(bool connected);
@@ -76,12 +97,12 @@ private slots:
     void onStatusFilterChanged(int index);
     void onTextFilterChanged(const QString &text);
     void onSelectionChanged();
+    void onTuneClicked();
     void onRadioConnectionChanged(bool connected);
     void onCapabilitiesChanged(const RadioCaps &caps);
     void onRadioStateRead(const RadioState &state);
     void onRadioPollResult(double kHz, const QString &mode);
     void startupChecks();
-    void onRigReconnectTick();
     void onAbout();
 
 private:
@@ -96,19 +117,16 @@ private:
 
     void loadJsonSettings();
     void applySettingsToWidgets();
-    AppSettings collectSettings() const;
 
-    // The web sources in refresh order: SOTA, POTA, WWFF, WWBOTA, BOTA, GMA.
-    QList<std::pair<StationSpot::Source, SpotFetcher *>> webSources() const;
-    QSet<QString> bandFilterFromButtons() const;
     void createDxFetchers();
     void updateDxStatusLabel();
-    // Merges one batch (or several coalesced DX batches, answers > 1) and
-    // updates everything that follows a merge.
-    void ingestBatch(const QList<StationSpot> &spots, int answers);
+    void afterMerge(const QList<StationSpot> &batch);
     void updateSpotCounts();
-    void restoreSelection(int previousRow);
+    // Filter changes: show, apply, count and (unless only the search text changed) save.
+    void applyFilter(bool save);
     void selectProxyRow(int row);
+    // The operator's keys; true when the key was one of them.
+    bool handleOperatorKey(int key);
     void tuneStation(double kHz, const QString &mode);
     StationSpot spotForKey(const QString &key) const;
 
@@ -121,14 +139,19 @@ private:
     WwbotaSpotFetcher *m_wwbotaFetcher;
     BotaSpotFetcher *m_botaFetcher;
     GmaSpotFetcher *m_gmaFetcher;
-    QList<DxClusterFetcher *> m_dxFetchers;
+    DxClusterPool m_dxClusters;
     HamlibController *m_rig;
     QThread *m_rigThread = nullptr;
     QTimer *m_pollTimer;
     QTimer *m_reconnectTimer;
+    QNetworkAccessManager *m_network;
+    HamlibLink *m_rigLink;
+    RadioRouter *m_radio;
+    SpotIngestor *m_ingestor;
 
-    // Everything persisted that no widget holds.
     AppSettings m_settings;
+    FilterState m_filter;
+    SelectionKeeper m_selection;
     bool m_loadingSettings = false;
 
     // Widgets.
@@ -136,24 +159,12 @@ private:
     QTableView *m_table = nullptr;
     DetailPanel *m_detailPanel = nullptr;
     QSplitter *m_splitter = nullptr;
+    // The tool bar's short radio state, and the status bar's longer one.
     QLabel *m_toolbarRadioStatus = nullptr;
     QLabel *m_toolbarDxStatus = nullptr;
     QLabel *m_callsignLabel = nullptr;
-    QLabel *m_statusRadio = nullptr;
+    QLabel *m_statusBarRadio = nullptr;
     QLabel *m_statusSpots = nullptr;
     QLabel *m_statusRefresh = nullptr;
     QLabel *m_statusBridge = nullptr;
-
-    // Ingestion state.
-    int m_pendingFetches = 0;
-    QDateTime m_lastRefresh[7];
-    int m_lastBatchSize[7] = {};
-    QList<StationSpot> m_pendingDxSpots;
-    int m_pendingDxBatches = 0;
-    QString m_selectedKey;
-    bool m_restoringSelection = false;
-
-    // Radio state.
-    double m_lastFreqKhz = 0.0;
-    QString m_lastMode;
 };

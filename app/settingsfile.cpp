@@ -117,14 +117,6 @@ QJsonObject rigToJson(const RigConfig &rig)
     };
 }
 
-bool sameRig(const RigConfig &a, const RigConfig &b)
-{
-    return a.rigModel == b.rigModel && a.port == b.port && a.baudRate == b.baudRate &&
-           a.dataBits == b.dataBits && a.stopBits == b.stopBits && a.parity == b.parity &&
-           a.handshake == b.handshake && a.dtrState == b.dtrState && a.rtsState == b.rtsState &&
-           a.pttType == b.pttType;
-}
-
 // Appends the cluster described by one element unless it is unusable or already listed
 // (two connections to the same cluster would only double every spot).
 void appendCluster(QList<DxClusterEntry> &list, const QJsonValue &element)
@@ -192,17 +184,31 @@ DxClusterEntry AppSettings::defaultDxCluster()
 
 bool operator==(const AppSettings &a, const AppSettings &b)
 {
-    return a.callsign == b.callsign && a.sotaRef == b.sotaRef && a.maxAgeMins == b.maxAgeMins &&
-           a.refreshIntervalSecs == b.refreshIntervalSecs && a.hasUserLocation == b.hasUserLocation &&
-           a.latitude == b.latitude && a.longitude == b.longitude && sameRig(a.rig, b.rig) &&
-           a.sources == b.sources && a.dxClusters == b.dxClusters && a.modes == b.modes &&
-           a.statusFilter == b.statusFilter && a.sortColumn == b.sortColumn && a.sortOrder == b.sortOrder &&
-           a.disabledBands == b.disabledBands && a.potaPrograms == b.potaPrograms &&
-           a.sotaAssociations == b.sotaAssociations && a.watchCallsigns == b.watchCallsigns &&
-           a.watchReferences == b.watchReferences && a.wsEnabled == b.wsEnabled && a.wsPort == b.wsPort &&
-           a.wsHost == b.wsHost && a.lwEnabled == b.lwEnabled && a.lwHost == b.lwHost &&
-           a.lwPort == b.lwPort && a.autoAtu == b.autoAtu && a.windowGeometry == b.windowGeometry &&
-           a.windowState == b.windowState && a.splitterState == b.splitterState;
+    return SettingsFile::toJson(a) == SettingsFile::toJson(b);
+}
+
+FilterState AppSettings::filterState() const
+{
+    FilterState filter;
+    filter.sources = sources;
+    filter.modes = modes;
+    filter.setDisabledBandNames(disabledBands);
+    filter.statusIndex = statusFilter;
+    filter.maxAgeMins = maxAgeMins;
+    filter.potaPrograms = potaPrograms;
+    filter.sotaAssociations = sotaAssociations;
+    return filter;
+}
+
+void AppSettings::setFilterState(const FilterState &filter)
+{
+    sources = filter.sources;
+    modes = filter.modes;
+    disabledBands = filter.disabledBandNames();
+    statusFilter = filter.statusIndex;
+    maxAgeMins = filter.maxAgeMins;
+    potaPrograms = filter.potaPrograms;
+    sotaAssociations = filter.sotaAssociations;
 }
 
 QString settingsFilePath()

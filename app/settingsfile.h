@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model/filterstate.h"
 #include "radio/rigtypes.h"
+#include "sources/dxclusterpool.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -10,19 +12,6 @@
 #include <Qt>
 
 #include <array>
-
-// One telnet DX cluster the program logs into.
-struct DxClusterEntry
-{
-    QString host;
-    quint16 port = 23;
-
-    friend bool operator==(const DxClusterEntry &a, const DxClusterEntry &b)
-    {
-        return a.port == b.port && a.host == b.host;
-    }
-    friend bool operator!=(const DxClusterEntry &a, const DxClusterEntry &b) { return !(a == b); }
-};
 
 // Everything the settings file holds, already checked and clamped. A default-constructed
 // record is exactly what a missing or unusable file loads as.
@@ -50,7 +39,7 @@ struct AppSettings
     RigConfig rig;
 
     // Indexed by StationSpot::Source: SOTA, POTA, WWFF, WWBOTA, BOTA, DX, GMA.
-    std::array<bool, k_sourceCount> sources{{true, true, true, true, true, false, true}};
+    std::array<bool, k_sourceCount> sources = FilterState::k_defaultSources;
     QList<DxClusterEntry> dxClusters{defaultDxCluster()};
     // SSB, CW, AM, FM, Other: the order the filter proxy takes them in.
     std::array<bool, k_modeCount> modes{{true, true, true, true, true}};
@@ -80,6 +69,12 @@ struct AppSettings
     QByteArray windowState;
     QByteArray splitterState;
 
+    // The filter choices as the window and the API handle them. Storing one rebuilds the
+    // band list from the band table, so unknown names read from the file go then.
+    FilterState filterState() const;
+    void setFilterState(const FilterState &filter);
+
+    // Equal when they write the same file.
     friend bool operator==(const AppSettings &a, const AppSettings &b);
     friend bool operator!=(const AppSettings &a, const AppSettings &b) { return !(a == b); }
 };

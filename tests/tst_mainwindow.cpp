@@ -2,6 +2,8 @@
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
+#include "sources/potaspotfetcher.h"
+#include "sources/sotaspotfetcher.h"
 #include "sources/spotfetcher.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
@@ -30,7 +32,7 @@ class TestMainWindow final : public WindowTest
 private:
     static QString selectedCallsign(MainWindow &w)
     {
-        const QModelIndexList rows = w.spotTable()->selectionModel()->selectedRows(1);
+        const QModelIndexList rows = table(w)->selectionModel()->selectedRows(1);
         return rows.isEmpty() ? QString() : rows.first().data().toString();
     }
 
@@ -53,10 +55,10 @@ private slots:
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
         // Every web source but the inert BOTA slot asks at once.
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
-        QVERIFY(w.rigController()->thread() != w.thread());
-        QCOMPARE(w.radioPollTimer()->interval(), 500);
-        QCOMPARE(w.rigReconnectTimer()->interval(), 15000);
-        QVERIFY(!w.rigReconnectTimer()->isActive()); // no rig port configured
+        QVERIFY(rig(w)->thread() != w.thread());
+        QCOMPARE(timer(w, "radioPollTimer")->interval(), 500);
+        QCOMPARE(timer(w, "rigReconnectTimer")->interval(), 15000);
+        QVERIFY(!timer(w, "rigReconnectTimer")->isActive()); // no rig port configured
     }
 
     void batchesReachTheTableWithSourceCounts()
@@ -75,8 +77,8 @@ private slots:
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSpots"),
                                   QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"), 5000);
-        QCOMPARE(w.stationModel()->rowCount(), 35);
-        QCOMPARE(w.spotTable()->model()->rowCount(), 35);
+        QCOMPARE(model(w)->rowCount(), 35);
+        QCOMPARE(table(w)->model()->rowCount(), 35);
 
         // An empty batch later keeps the count of the last non-empty one.
         m_server->setRoute("/spot/", "[]");
@@ -102,7 +104,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
 
         m_server->releaseHeld("/spot/");
-        QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 1, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 1, 5000);
         QCOMPARE(labelText(w, "statusRefresh"), initial);
 
         for (const QByteArray &path :
@@ -136,13 +138,10 @@ private slots:
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120),
                                    potaSpot(QStringLiteral("K3CCC"), QStringLiteral("US-3"), 14063, 180)}));
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 3, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
 
         // A connected dummy rig, so that a user's selection tunes.
-        RigConfig dummy;
-        dummy.rigModel = 1;
-        QMetaObject::invokeMethod(w.rigController(), "connectRig", Qt::QueuedConnection,
-                                  Q_ARG(RigConfig, dummy));
+        w.apiRadioConnect(); // the default rig is Hamlib's dummy
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),
                                   10000);
 
@@ -165,16 +164,16 @@ private slots:
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120),
                                    potaSpot(QStringLiteral("K3CCC"), QStringLiteral("US-3"), 14063, 180)}));
         w.onRefreshAll();
-        QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 5, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 5, 5000);
         QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
-        QCOMPARE(w.spotTable()->selectionModel()->selectedRows().first().row(), 3);
+        QCOMPARE(table(w)->selectionModel()->selectedRows().first().row(), 3);
 
         // The station vanishes: the row at its old position is selected instead.
         m_server->setRoute("/spot/",
                            toBody({potaSpot(QStringLiteral("K4DDD"), QStringLiteral("US-4"), 7030, 10),
                                    potaSpot(QStringLiteral("K5EEE"), QStringLiteral("US-5"), 7031, 20)}));
         w.onRefreshAll();
-        QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
         QCOMPARE(selectedCallsign(w), QStringLiteral("K5EEE"));
 
         // Neither restore retuned the radio.
@@ -187,7 +186,7 @@ private slots:
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120)}));
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
         auto *heard = w.findChild<QPushButton *>(QStringLiteral("heardButton"));
         QVERIFY(heard && !heard->isEnabled()); // nothing selected yet
         QTest::keyClick(&w, Qt::Key_K);        // no selection: last row
@@ -211,16 +210,16 @@ private slots:
                                    potaSpot(QStringLiteral("W4HHH"), QStringLiteral("US-2"), 14062, 120)}));
         MainWindow w(services());
         w.show();
-        QTRY_COMPARE_WITH_TIMEOUT(w.spotTable()->model()->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
         auto *search = w.findChild<QLineEdit *>();
         QVERIFY(search);
         search->setFocus();
         QTRY_VERIFY(search->hasFocus());
         QTest::keyClicks(search, QStringLiteral("hh"));
         QCOMPARE(search->text(), QStringLiteral("hh"));
-        QCOMPARE(w.spotTable()->model()->rowCount(), 1);
+        QCOMPARE(table(w)->model()->rowCount(), 1);
         QVERIFY(labelText(w, "statusSpots").startsWith(QStringLiteral("Showing 1 of 2")));
-        QVERIFY(w.spotTable()->selectionModel()->selectedRows().isEmpty());
+        QVERIFY(table(w)->selectionModel()->selectedRows().isEmpty());
     }
 
     void bandButtonsAndStatusChoice()
@@ -229,28 +228,28 @@ private slots:
                            toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
                                    potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 5100, 120)}));
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
         // Every band ticked: no band test, so the out-of-band 5100 kHz spot shows.
-        QCOMPARE(w.spotTable()->model()->rowCount(), 2);
+        QCOMPARE(table(w)->model()->rowCount(), 2);
         const QList<QPushButton *> bands = w.findChildren<QPushButton *>(QStringLiteral("bandBtn"));
         for (QPushButton *band : bands) {
             if (band->text() == QLatin1String("80m"))
                 band->click();
         }
-        QCOMPARE(w.spotTable()->model()->rowCount(), 1);
+        QCOMPARE(table(w)->model()->rowCount(), 1);
         QCOMPARE(readSettings().value(QStringLiteral("disabledBands")).toArray(),
                  QJsonArray{QStringLiteral("80m")});
         for (QPushButton *band : bands) {
             if (band->isChecked())
                 band->click();
         }
-        QCOMPARE(w.spotTable()->model()->rowCount(), 0); // every band off hides everything
+        QCOMPARE(table(w)->model()->rowCount(), 0); // every band off hides everything
 
         auto *status = w.findChild<QComboBox *>();
         QVERIFY(status);
         QCOMPARE(status->count(), 5);
         status->setCurrentIndex(3);
-        QCOMPARE(w.filterProxy()->statusFilter(), 2);
+        QCOMPARE(proxy(w)->statusFilter(), 2);
         QCOMPARE(readSettings().value(QStringLiteral("statusFilter")).toInt(), 3);
     }
 
@@ -258,7 +257,7 @@ private slots:
     {
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
-        SpotFetcher *pota = w.webFetchers().at(0);
+        SpotFetcher *pota = w.findChild<PotaSpotFetcher *>();
         QVERIFY(pota->isAutoRefreshing());
         QCOMPARE(pota->refreshIntervalMs(), 60000);
 

@@ -51,9 +51,10 @@ private slots:
         });
 
         MainWindow w(services());
-        QCOMPARE(w.dxFetchers().size(), 2);
+        QCOMPARE(w.findChildren<DxClusterFetcher *>().size(), 2);
         QTRY_VERIFY_WITH_TIMEOUT(w.anyDxConnected(), 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(w.dxFetchers().at(0)->isConnected() && w.dxFetchers().at(1)->isConnected(),
+        QTRY_VERIFY_WITH_TIMEOUT(w.findChildren<DxClusterFetcher *>().at(0)->isConnected() &&
+                                     w.findChildren<DxClusterFetcher *>().at(1)->isConnected(),
                                  5000);
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Connected"));
         // Logged in with the operator's call on both nodes.
@@ -63,27 +64,28 @@ private slots:
 
         nodeA.sendLine(spotLine("W3LPL", 14025.0, "JA1XYZ", "CW 599"));
         nodeB.sendLine(spotLine("K1TTT", 7074.0, "VK9CA", "FT8"));
-        QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
         // The same station from both nodes is one row.
         nodeA.sendLine(spotLine("W3LPL", 21025.0, "EA8/DL1ABC", "CW"));
         nodeB.sendLine(spotLine("DL1XX", 21025.0, "EA8/DL1ABC", "CW"));
         QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusSpots").contains(QStringLiteral("DX:3")), 5000);
-        QCOMPARE(w.stationModel()->rowCount(), 3);
-        QCOMPARE(w.spotTable()->model()->rowCount(), 3);
+        QCOMPARE(model(w)->rowCount(), 3);
+        QCOMPARE(table(w)->model()->rowCount(), 3);
         QStringList names;
         for (int row = 0; row < 3; ++row)
-            names.append(w.stationModel()->spotAt(row).referenceName);
+            names.append(model(w)->spotAt(row).referenceName);
         QVERIFY(names.contains(QStringLiteral("Japan")));
 
         // Unticking DX ends both sessions and hides the rows.
-        QSignalSpy disconnected(w.dxFetchers().at(0), &DxClusterFetcher::connectionChanged);
+        QSignalSpy disconnected(w.findChildren<DxClusterFetcher *>().at(0),
+                                &DxClusterFetcher::connectionChanged);
         for (QPushButton *b : w.findChildren<QPushButton *>(QStringLiteral("sourceBtn"))) {
             if (b->text() == QLatin1String("DX Cluster"))
                 b->click();
         }
         QVERIFY(!w.anyDxConnected());
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Disconnected"));
-        QCOMPARE(w.spotTable()->model()->rowCount(), 0);
+        QCOMPARE(table(w)->model()->rowCount(), 0);
     }
 
     void aFloodIsMergedPerReadNotPerLine()
@@ -99,14 +101,14 @@ private slots:
         MainWindow w(services());
         QTRY_VERIFY_WITH_TIMEOUT(w.anyDxConnected(), 5000);
 
-        QSignalSpy resets(w.stationModel(), &QAbstractItemModel::modelReset);
+        QSignalSpy resets(model(w), &QAbstractItemModel::modelReset);
         QByteArray flood;
         for (int i = 0; i < 3000; ++i)
             flood += spotLine("W3LPL", 14000.0 + i * 0.5,
                               QByteArray("DL" + QByteArray::number(i) + "X").constData(), "CW") +
                      "\r\n";
         node.send(flood);
-        QTRY_COMPARE_WITH_TIMEOUT(w.stationModel()->rowCount(), 3000, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 3000, 20000);
         QVERIFY2(resets.count() < 100, qPrintable(QString::number(resets.count())));
         QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusSpots").contains(QStringLiteral("DX:3000")), 5000);
     }
@@ -130,7 +132,7 @@ private slots:
         // Still asked to connect.
         QTRY_COMPARE_WITH_TIMEOUT(node.connectionCount(), 1, 5000);
         QTRY_VERIFY_WITH_TIMEOUT(messages.contains(QStringLiteral("DX cluster connected — 127.0.0.1")), 5000);
-        QCOMPARE(w.dxFetchers().first()->host(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(w.findChildren<DxClusterFetcher *>().first()->host(), QStringLiteral("127.0.0.1"));
     }
 };
 

@@ -1,8 +1,10 @@
-#include "app/filterbar.h"
 #include "app/mainwindow.h"
 #include "app/settingsfile.h"
+#include "app/widgets/filterbar.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
+#include "sources/potaspotfetcher.h"
+#include "sources/sotaspotfetcher.h"
 #include "sources/spotfetcher.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
@@ -69,24 +71,24 @@ private slots:
         MainWindow w(services());
 
         QCOMPARE(w.findChild<QLabel *>(QStringLiteral("callsignLabel"))->text(), QStringLiteral("DE: W1AW"));
-        QCOMPARE(w.filterProxy()->maxAgeMins(), 1);
+        QCOMPARE(proxy(w)->maxAgeMins(), 1);
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("POTA"))->isChecked());
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
         QVERIFY(button(w, "sourceBtn", QStringLiteral("GMA"))->isChecked());
-        QVERIFY(!w.filterProxy()->isSourceEnabled(StationSpot::POTA));
-        QVERIFY(!w.webFetchers().at(0)->isAutoRefreshing()); // POTA stays quiet
-        QVERIFY(w.webFetchers().at(1)->isAutoRefreshing());
+        QVERIFY(!proxy(w)->isSourceEnabled(StationSpot::POTA));
+        QVERIFY(!w.findChild<PotaSpotFetcher *>()->isAutoRefreshing()); // POTA stays quiet
+        QVERIFY(w.findChild<SotaSpotFetcher *>()->isAutoRefreshing());
         QVERIFY(!button(w, "modeBtn", QStringLiteral("CW"))->isChecked());
-        QVERIFY(!w.filterProxy()->isModeClassEnabled(SpotFilterProxyModel::CwMode));
+        QVERIFY(!proxy(w)->isModeClassEnabled(SpotFilterProxyModel::CwMode));
         QCOMPARE(w.findChild<QComboBox *>()->currentText(), QStringLiteral("Heard"));
-        QCOMPARE(w.filterProxy()->statusFilter(), 1);
+        QCOMPARE(proxy(w)->statusFilter(), 1);
         QVERIFY(!button(w, "bandBtn", QStringLiteral("20m"))->isChecked());
         QVERIFY(button(w, "bandBtn", QStringLiteral("40m"))->isChecked());
-        QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorSection(), 9);
-        QCOMPARE(w.spotTable()->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
-        QVERIFY(!w.stationModel()->hasUserLocation());
-        QVERIFY(w.spotTable()->isColumnHidden(8));
-        QVERIFY(w.spotTable()->isColumnHidden(9));
+        QCOMPARE(table(w)->horizontalHeader()->sortIndicatorSection(), 9);
+        QCOMPARE(table(w)->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
+        QVERIFY(!model(w)->hasUserLocation());
+        QVERIFY(table(w)->isColumnHidden(8));
+        QVERIFY(table(w)->isColumnHidden(9));
         QCOMPARE(w.findChild<QPushButton *>(QStringLiteral("programsBtn"))->text(),
                  QStringLiteral("Programs… ●"));
 
@@ -111,11 +113,11 @@ private slots:
                                   {QStringLiteral("latitude"), 95},
                                   {QStringLiteral("longitude"), -73.0}});
         MainWindow w(services());
-        QVERIFY(w.stationModel()->hasUserLocation());
-        QCOMPARE(w.stationModel()->userLat(), 90.0);
-        QCOMPARE(w.stationModel()->userLon(), -73.0);
-        QVERIFY(!w.spotTable()->isColumnHidden(8));
-        QVERIFY(!w.spotTable()->isColumnHidden(9));
+        QVERIFY(model(w)->hasUserLocation());
+        QCOMPARE(model(w)->userLat(), 90.0);
+        QCOMPARE(model(w)->userLon(), -73.0);
+        QVERIFY(!table(w)->isColumnHidden(8));
+        QVERIFY(!table(w)->isColumnHidden(9));
     }
 
     void corruptFileGivesDefaultsAndIsRewritten()
@@ -135,7 +137,7 @@ private slots:
     void changesAreSavedAtOnce()
     {
         MainWindow w(services());
-        w.spotTable()->sortByColumn(1, Qt::AscendingOrder);
+        table(w)->sortByColumn(1, Qt::AscendingOrder);
         QCOMPARE(readSettings().value(QStringLiteral("sortColumn")).toInt(), 1);
         QCOMPARE(readSettings().value(QStringLiteral("sortOrder")).toInt(), 0);
 
@@ -154,7 +156,7 @@ private slots:
         QVERIFY(!geometry.isEmpty());
         MainWindow again(services());
         QCOMPARE(again.size(), QSize(1000, 640));
-        QCOMPARE(again.spotTable()->horizontalHeader()->sortIndicatorSection(), 1);
+        QCOMPARE(table(again)->horizontalHeader()->sortIndicatorSection(), 1);
     }
 
 private:

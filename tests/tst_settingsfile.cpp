@@ -119,7 +119,7 @@ private slots:
 
     void defaultsAndOddValues()
     {
-        QCOMPARE(settingsFilePath(), QDir::homePath() + "/.tallis/settings.json");
+        QCOMPARE(settingsFilePath(), QDir::homePath() + QStringLiteral("/.tallis/settings.json"));
         QVERIFY(SettingsFile::fromJson(QJsonObject()) == AppSettings());
         QVERIFY(SettingsFile::fromJson(
                     parse(R"({"callsign":42,"sotaRef":["G/LD-001"],"wsEnabled":"false","lwEnabled":1,
@@ -128,10 +128,10 @@ private slots:
             "hamlib":"rig","windowGeometry":12})")) == AppSettings());
 
         // What text JSON cannot carry but an object built in memory can.
-        const AppSettings nonFinite = SettingsFile::fromJson({{"hasUserLocation", true},
-                                                              {"latitude", qQNaN()},
-                                                              {"longitude", -qInf()},
-                                                              {"maxAgeMins", qQNaN()}});
+        const AppSettings nonFinite = SettingsFile::fromJson({{QStringLiteral("hasUserLocation"), true},
+                                                              {QStringLiteral("latitude"), qQNaN()},
+                                                              {QStringLiteral("longitude"), -qInf()},
+                                                              {QStringLiteral("maxAgeMins"), qQNaN()}});
         QCOMPARE(nonFinite.latitude, 0.0);
         QCOMPARE(nonFinite.longitude, 0.0);
         QCOMPARE(nonFinite.maxAgeMins, 30);
@@ -155,7 +155,8 @@ private slots:
 
         const SettingsFile file(settingsFilePath());
         QVERIFY(file.save(AppSettings()));
-        QVERIFY(QFileInfo(QDir::homePath() + "/.tallis").isDir()); // the data directory is always made
+        QVERIFY(QFileInfo(QDir::homePath() + QStringLiteral("/.tallis"))
+                    .isDir()); // the data directory is always made
         QCOMPARE(readAll(file.path()), QJsonDocument(defaults).toJson(QJsonDocument::Indented));
 
         const AppSettings original = SettingsFile::fromJson(full);
@@ -193,16 +194,16 @@ private slots:
     {
         // A directory holding files is not ours to remove: the save gives up.
         QTemporaryDir dir;
-        const QString path = dir.filePath("settings.json");
+        const QString path = dir.filePath(QStringLiteral("settings.json"));
         QVERIFY(QDir().mkpath(path));
-        writeAll(path + "/keep.txt", "precious");
+        writeAll(path + QStringLiteral("/keep.txt"), "precious");
         QVERIFY(!SettingsFile(path).save(AppSettings()));
-        QCOMPARE(readAll(path + "/keep.txt"), QByteArray("precious"));
+        QCOMPARE(readAll(path + QStringLiteral("/keep.txt")), QByteArray("precious"));
 
 #ifdef Q_OS_UNIX
         // A write cut short (here by a file size limit, which binds even root) leaves the old file whole
         // and no temporary copy behind.
-        const SettingsFile file(dir.filePath("atomic.json"));
+        const SettingsFile file(dir.filePath(QStringLiteral("atomic.json")));
         QVERIFY(file.save(AppSettings()));
         const QByteArray before = readAll(file.path());
         rlimit saved{};
@@ -215,7 +216,7 @@ private slots:
         std::signal(SIGXFSZ, oldHandler);
         QVERIFY(!written);
         QCOMPARE(readAll(file.path()), before);
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"atomic.json"});
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("atomic.json")});
 #endif
     }
 };

@@ -1,8 +1,20 @@
 #pragma once
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <QTest>
+
+// A test of widgets gets a QApplication, one of the GUI layer's values a
+// QGuiApplication, everything else a plain QCoreApplication.
+#if defined(QT_WIDGETS_LIB)
+#include <QApplication>
+using TallisTestApplication = QApplication;
+#elif defined(QT_GUI_LIB)
+#include <QGuiApplication>
+using TallisTestApplication = QGuiApplication;
+#else
+#include <QCoreApplication>
+using TallisTestApplication = QCoreApplication;
+#endif
 
 // Runs a test class with HOME in a fresh temporary directory, so no test ever
 // touches a real ~/.tallis, and with the offscreen platform.
@@ -15,8 +27,8 @@
         qputenv("HOME", home.path().toLocal8Bit());                                                          \
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))                                                  \
             qputenv("QT_QPA_PLATFORM", "offscreen");                                                         \
-        QApplication app(argc, argv);                                                                        \
-        app.setAttribute(Qt::AA_Use96Dpi, true);                                                             \
+        QCoreApplication::setAttribute(Qt::AA_Use96Dpi, true);                                               \
+        TallisTestApplication app(argc, argv);                                                               \
         TestClass tc;                                                                                        \
         QTEST_SET_MAIN_SOURCE_PATH                                                                           \
         return QTest::qExec(&tc, argc, argv);                                                                \

@@ -2,6 +2,9 @@
 
 #include "app/mainwindow.h"
 #include "app/tallisdir.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
+#include "radio/hamliblink.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -9,7 +12,9 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
+#include <QTableView>
 #include <QTest>
+#include <QTimer>
 
 void WindowTest::init()
 {
@@ -43,6 +48,31 @@ void WindowTest::clickSource(const MainWindow &w, const QString &text)
 {
     if (QPushButton *b = button(w, "sourceBtn", text))
         b->click();
+}
+
+QTableView *WindowTest::table(const MainWindow &w)
+{
+    return w.findChild<QTableView *>(QStringLiteral("spotTable"));
+}
+
+StationModel *WindowTest::model(const MainWindow &w)
+{
+    return w.findChild<StationModel *>();
+}
+
+SpotFilterProxyModel *WindowTest::proxy(const MainWindow &w)
+{
+    return w.findChild<SpotFilterProxyModel *>();
+}
+
+HamlibController *WindowTest::rig(const MainWindow &w)
+{
+    return w.findChild<HamlibLink *>()->controller();
+}
+
+QTimer *WindowTest::timer(const MainWindow &w, const char *objectName)
+{
+    return w.findChild<QTimer *>(QLatin1String(objectName));
 }
 
 namespace WindowFixture {

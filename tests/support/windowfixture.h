@@ -9,8 +9,13 @@
 
 #include <memory>
 
+class HamlibController;
 class MainWindow;
 class QPushButton;
+class QTableView;
+class QTimer;
+class SpotFilterProxyModel;
+class StationModel;
 
 // Base of the tests that build a whole MainWindow: before each test a fresh
 // ~/.tallis and a local server answering every spot service with an empty,
@@ -28,6 +33,11 @@ protected:
     // The first button with that object name and text.
     static QPushButton *button(const MainWindow &w, const char *objectName, const QString &text);
     static void clickSource(const MainWindow &w, const QString &text);
+    static QTableView *table(const MainWindow &w);
+    static StationModel *model(const MainWindow &w);
+    static SpotFilterProxyModel *proxy(const MainWindow &w);
+    static HamlibController *rig(const MainWindow &w);
+    static QTimer *timer(const MainWindow &w, const char *objectName);
 
 private slots:
     void init();

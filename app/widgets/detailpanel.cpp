@@ -1,4 +1,4 @@
-#include "app/detailpanel.h"
+#include "app/widgets/detailpanel.h"
 
 #include <QLabel>
 #include <QPushButton>

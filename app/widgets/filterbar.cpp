@@ -1,4 +1,4 @@
-#include "app/filterbar.h"
+#include "app/widgets/filterbar.h"
 
 #include "model/bands.h"
 
@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace {
@@ -65,19 +66,19 @@ FilterBar::FilterBar(QWidget *parent)
     rows->addLayout(top);
     rows->addLayout(bottom);
 
-    m_sourceButtons.resize(k_sourceCount, nullptr);
+    m_sourceButtons.resize(FilterState::k_sourceCount, nullptr);
     for (const SourceButtonInfo &info : k_sourceButtons) {
         QPushButton *button = makeToggle(QLatin1String(info.text), "sourceBtn", this);
         if (info.tooltip)
             button->setToolTip(QString::fromUtf8(info.tooltip));
-        button->setChecked(info.source != StationSpot::DX);
+        button->setChecked(FilterState::k_defaultSources[size_t(info.source)]);
         m_sourceButtons[info.source] = button;
         top->addWidget(button);
         connect(button, &QPushButton::toggled, this, &FilterBar::sourcesChanged);
     }
     top->addSpacing(12);
 
-    for (int i = 0; i < k_modeClassCount; ++i) {
+    for (int i = 0; i < FilterState::k_modeCount; ++i) {
         QPushButton *button = makeToggle(QLatin1String(k_modeTexts[i]), "modeBtn", this);
         button->setToolTip(QLatin1String(k_modeTooltips[i]));
         m_modeButtons.append(button);
@@ -86,11 +87,9 @@ FilterBar::FilterBar(QWidget *parent)
     }
     top->addSpacing(12);
 
-    m_statusCombo->addItem(QStringLiteral("Active"), -2);
-    m_statusCombo->addItem(QStringLiteral("All"), -1);
-    m_statusCombo->addItem(QStringLiteral("Heard"), 1);
-    m_statusCombo->addItem(QStringLiteral("Contacted"), 2);
-    m_statusCombo->addItem(QStringLiteral("Not Heard"), 3);
+    constexpr const char *k_statusTexts[] = {"Active", "All", "Heard", "Contacted", "Not Heard"};
+    for (size_t i = 0; i < FilterState::k_statusValues.size(); ++i)
+        m_statusCombo->addItem(QLatin1String(k_statusTexts[i]), FilterState::k_statusValues[i]);
     m_statusCombo->setFocusPolicy(Qt::NoFocus);
     top->addWidget(m_statusCombo);
     connect(m_statusCombo, &QComboBox::currentIndexChanged, this, &FilterBar::statusChanged);
@@ -158,4 +157,39 @@ int FilterBar::statusFilterValue() const
 void FilterBar::setProgramFilterActive(bool active)
 {
     m_programsButton->setText(active ? QStringLiteral("Programs… ●") : QStringLiteral("Programs…"));
+}
+
+void FilterBar::setState(const FilterState &state)
+{
+    const auto show = [](QPushButton *button, bool on) {
+        const QSignalBlocker blocker(button);
+        button->setChecked(on);
+    };
+    for (int i = 0; i < FilterState::k_sourceCount; ++i)
+        show(m_sourceButtons.at(i), state.sources[size_t(i)]);
+    for (int i = 0; i < FilterState::k_modeCount; ++i)
+        show(m_modeButtons.at(i), state.modes[size_t(i)]);
+    for (int i = 0; i < m_bandButtons.size(); ++i)
+        show(m_bandButtons.at(i), state.bands[size_t(i)]);
+    {
+        const QSignalBlocker blocker(m_statusCombo);
+        m_statusCombo->setCurrentIndex(state.statusIndex);
+    }
+    if (m_searchEdit->text() != state.searchText) {
+        const QSignalBlocker blocker(m_searchEdit);
+        m_searchEdit->setText(state.searchText);
+    }
+    setProgramFilterActive(state.hasProgramFilter());
+}
+
+void FilterBar::updateState(FilterState &state) const
+{
+    for (int i = 0; i < FilterState::k_sourceCount; ++i)
+        state.sources[size_t(i)] = m_sourceButtons.at(i)->isChecked();
+    for (int i = 0; i < FilterState::k_modeCount; ++i)
+        state.modes[size_t(i)] = m_modeButtons.at(i)->isChecked();
+    for (int i = 0; i < m_bandButtons.size(); ++i)
+        state.bands[size_t(i)] = m_bandButtons.at(i)->isChecked();
+    state.statusIndex = qMax(0, m_statusCombo->currentIndex());
+    state.searchText = m_searchEdit->text();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/filterstate.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationspot.h"
 
@@ -11,8 +12,8 @@ class QComboBox;
 class QLineEdit;
 class QPushButton;
 
-// The row of filter controls above the spot table. It only holds the widgets
-// and tells what changed; the window turns the choices into filter settings.
+// The row of filter controls above the spot table. It shows a FilterState
+// and tells which part of it the user changed; the window keeps the state.
 class FilterBar final : public QWidget
 {
     Q_OBJECT
@@ -20,8 +21,6 @@ class FilterBar final : public QWidget
 
 public:
     using ModeClass = SpotFilterProxyModel::ModeClass;
-    static constexpr int k_modeClassCount = 5;
-    static constexpr int k_sourceCount = 7;
 
     explicit FilterBar(QWidget *parent = nullptr);
     ~FilterBar() override;
@@ -45,6 +44,11 @@ public:
     QCheckBox *autoAtuCheck() const { return m_autoAtuCheck; }
 
     void setProgramFilterActive(bool active);
+
+    // Shows the state without emitting anything.
+    void setState(const FilterState &state);
+    // Writes the bar's choices (sources, modes, bands, status, search text) into the state.
+    void updateState(FilterState &state) const;
 
 signals:
     void sourcesChanged();

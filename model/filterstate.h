@@ -1,0 +1,67 @@
+#pragma once
+
+#include "model/bands.h"
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+#include <array>
+
+class SpotFilterProxyModel;
+
+// Every choice of the filter bar as one value: the window keeps one, the
+// filter bar shows it, the settings file and the API read and write it, and
+// it applies itself to the proxy.
+struct FilterState
+{
+    static constexpr int k_sourceCount = 7; // indexed by StationSpot::Source
+    static constexpr int k_modeCount = 5;   // SSB, CW, AM, FM, Other
+    // The status choice has three forms: its index in the bar's list (what
+    // the settings store), and the value the proxy and the API use.
+    static constexpr std::array<int, 5> k_statusValues{{-2, -1, 1, 2, 3}};
+    // DX clusters are opt-in: connecting logs into somebody else's node.
+    static constexpr std::array<bool, k_sourceCount> k_defaultSources{
+        {true, true, true, true, true, false, true}};
+
+    std::array<bool, k_sourceCount> sources = k_defaultSources;
+    std::array<bool, k_modeCount> modes{{true, true, true, true, true}};
+    std::array<bool, k_bands.size()> bands = allBands(); // in k_bands order
+    int statusIndex = 0;
+    int maxAgeMins = 30;
+    QStringList potaPrograms;
+    QStringList sotaAssociations;
+    QString searchText; // never saved
+
+    static constexpr std::array<bool, k_bands.size()> allBands()
+    {
+        std::array<bool, k_bands.size()> all{};
+        for (bool &on : all)
+            on = true;
+        return all;
+    }
+
+    int statusValue() const { return k_statusValues[size_t(statusIndex)]; }
+    // The index whose value is given, or -1 when no entry has it.
+    static int statusIndexForValue(int value);
+
+    bool isSourceEnabled(int source) const;
+    bool hasProgramFilter() const { return !potaPrograms.isEmpty() || !sotaAssociations.isEmpty(); }
+
+    // Band names are kept by name in the settings; unknown names match nothing.
+    QStringList disabledBandNames() const;
+    void setDisabledBandNames(const QStringList &names);
+
+    // The proxy's form of the band choice: every band ticked means no band
+    // test (so out-of-band spots still show), none ticked hides everything.
+    QSet<QString> proxyBandSet() const;
+
+    void applyTo(SpotFilterProxyModel &proxy) const;
+
+    // The API's "filter.get" object and "filter.set" merge.
+    QJsonObject toApiJson() const;
+    void mergeApiJson(const QJsonObject &json);
+
+    friend bool operator==(const FilterState &a, const FilterState &b);
+    friend bool operator!=(const FilterState &a, const FilterState &b) { return !(a == b); }
+};

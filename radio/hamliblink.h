@@ -1,0 +1,54 @@
+#pragma once
+
+#include "radio/radiocontrol.h"
+#include "radio/rigtypes.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+class HamlibController;
+
+// The only way into the rig controller from another thread. Every call is a
+// typed functor queued to the controller's thread, so a misspelt operation is
+// a compile error rather than a silent no-op; the *AndWait forms block until
+// the worker has answered, for the set-up dialog's buttons.
+class HamlibLink final : public QObject, public RadioControl
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(HamlibLink)
+
+public:
+    explicit HamlibLink(HamlibController *rig, QObject *parent = nullptr);
+    ~HamlibLink() override;
+
+    HamlibController *controller() const { return m_rig; }
+    // The controller's atomic flag: safe from any thread.
+    bool isConnected() const;
+
+    void connectRig(const RigConfig &config);
+    void disconnectRig();
+    void requestPoll();
+    void setBreakIn(int breakIn);
+
+    void tune(double kHz, const QString &mode) override;
+    void setFrequency(double kHz) override;
+    void setVolume(int volume) override;
+    void setRfPower(int power) override;
+    void setMute(bool muted) override;
+    void setFilter(int filter) override;
+    void setKeySpeed(int wpm) override;
+    void startTune() override;
+
+    bool connectRigAndWait(const RigConfig &config);
+    void disconnectRigAndWait();
+    // Reads frequency (kHz) and mode from the rig; false when not connected.
+    bool readFrequencyAndWait(double &kHz, QString &mode);
+    QStringList availableRigsAndWait();
+
+private:
+    template <typename Call>
+    void post(Call call);
+
+    HamlibController *m_rig;
+};

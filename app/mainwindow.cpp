@@ -1,20 +1,33 @@
 #include "app/mainwindow.h"
 
+#include "api/wsserver.h"
+#include "app/coordinatecache.h"
+#include "app/dialogs/dxclustersdialog.h"
+#include "app/dialogs/lwbridgedialog.h"
+#include "app/dialogs/preferencesdialog.h"
+#include "app/dialogs/programsdialog.h"
+#include "app/dialogs/radiosetupdialog.h"
+#include "app/logexport.h"
 #include "app/spotingestor.h"
 #include "app/tallisdir.h"
+#include "app/updatechecker.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/radiopanel.h"
+#include "app/widgets/updatebar.h"
 #include "buildinfo.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
+#include "radio/lwclient.h"
 #include "radio/radiorouter.h"
 #include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
+#include "sources/sourcehealth.h"
 #include "sources/wwbotaspotfetcher.h"
 #include "sources/wwffspotfetcher.h"
 
@@ -22,7 +35,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QJsonObject>
 #include <QKeyEvent>
@@ -61,7 +76,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_network(new QNetworkAccessManager(this))
     , m_rigLink(new HamlibLink(m_rig, this))
     , m_radio(new RadioRouter(m_rigLink, m_pollTimer, m_reconnectTimer, this))
+    , m_updateChecker(new UpdateChecker(m_network, this))
+    , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
+    , m_sourceHealth(new SourceHealth(this))
 {
     registerStationSpotMetaTypes();
     m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
@@ -72,6 +90,8 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     setupStatusBar();
     applyStyleSheet();
 
+    loadContactStatus();
+    loadCoordCache();
     loadJsonSettings();
     connect(m_table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
             &MainWindow::saveJsonSettings);
@@ -85,9 +105,38 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     if (m_filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
 
+    connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
+    m_updateChecker->checkForUpdates();
     QTimer::singleShot(0, this, &MainWindow::startupChecks);
     // Written at every start so the file always holds every key.
     saveJsonSettings();
+
+    m_wsServer = new WsServer(this, this);
+    startApiServer();
+
+    m_lwClient = new LwClient(this);
+    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
+    m_radio->setBridge(m_lwClient, [client = m_lwClient] { return client->isLinked(); });
+    m_radio->setBridgeEnabled(m_settings.lwEnabled);
+    connect(m_lwClient, &LwClient::connectedToLw, this, &MainWindow::onLwConnected);
+    connect(m_lwClient, &LwClient::disconnectedFromLw, this, &MainWindow::onLwDisconnected);
+    connect(m_lwClient, &LwClient::radioFrequency, this, &MainWindow::onLwRadioFrequency);
+    connect(m_lwClient, &LwClient::radioConnectedChanged, this, &MainWindow::onLwRadioConnectedChanged);
+    if (m_settings.lwEnabled)
+        m_lwClient->setEnabled(true);
+}
+
+void MainWindow::startApiServer()
+{
+    if (!m_settings.wsEnabled)
+        return;
+    if (m_wsServer->listen(m_settings.wsPort, m_settings.wsHost))
+        statusBar()->showMessage(
+            QStringLiteral("WebSocket API listening on %1:%2").arg(m_settings.wsHost).arg(m_settings.wsPort),
+            4000);
+    else
+        statusBar()->showMessage(
+            QStringLiteral("WebSocket API: failed to listen on port %1").arg(m_settings.wsPort), 8000);
 }
 
 MainWindow::~MainWindow()
@@ -123,14 +172,22 @@ void MainWindow::setupMenuBar()
     QAction *refresh = file->addAction(QStringLiteral("&Refresh All"), this, &MainWindow::onRefreshAll);
     refresh->setShortcut(QKeySequence::Refresh);
     file->addSeparator();
+    file->addAction(QStringLiteral("Export &SOTA Log (CSV)"), this, &MainWindow::exportSotaLog);
+    file->addAction(QStringLiteral("Export &POTA Log (ADIF)"), this, &MainWindow::exportPotaLog);
     file->addAction(QStringLiteral("&Clear Spots"), this, [this] {
         m_model->clearSpots();
         updateSpotCounts();
     });
     file->addAction(QStringLiteral("&Quit"), this, &QWidget::close);
 
+    menuBar()
+        ->addMenu(QStringLiteral("&Settings"))
+        ->addAction(QStringLiteral("&Preferences..."), this, &MainWindow::onPreferences);
     QMenu *radio = menuBar()->addMenu(QStringLiteral("&Radio"));
+    radio->addAction(QStringLiteral("Radio &Setup..."), this, &MainWindow::onRadioSetup);
     radio->addAction(QStringLiteral("&Disconnect Radio"), this, [this] { m_rigLink->disconnectRig(); });
+    radio->addAction(QStringLiteral("DX &Cluster Setup..."), this, &MainWindow::onDxClusterSetup);
+    radio->addAction(QStringLiteral("Lampwick &Bridge..."), this, &MainWindow::onLwBridgeSetup);
 
     QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("&About Tallis"), this, &MainWindow::onAbout);
@@ -169,10 +226,9 @@ void MainWindow::setupCentralWidget()
     connect(m_filterBar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
     connect(m_filterBar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
     connect(m_filterBar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
-    connect(m_filterBar->autoAtuCheck(), &QCheckBox::toggled, this, [this](bool on) {
-        m_settings.autoAtu = on;
-        saveJsonSettings();
-    });
+    connect(m_filterBar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
+    m_updateBar = new UpdateBar(central);
+    layout->addWidget(m_updateBar);
 
     m_splitter = new QSplitter(Qt::Horizontal, central);
     m_table = new QTableView(m_splitter);
@@ -204,6 +260,27 @@ void MainWindow::setupCentralWidget()
 
     m_detailPanel = new DetailPanel(m_splitter);
     connect(m_detailPanel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
+    connect(m_detailPanel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
+    connect(m_detailPanel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
+    connect(m_detailPanel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+
+    // The panel's own controls always address the rig, also while the bridge has the radio.
+    m_radioPanel = m_detailPanel->radioPanel();
+    m_radioPanel->attachAutoAtuCheck(m_filterBar->autoAtuCheck());
+    connect(m_radioPanel, &RadioPanel::volumeChanged, m_rigLink, &HamlibLink::setVolume);
+    connect(m_radioPanel, &RadioPanel::rfPowerChanged, m_rigLink, &HamlibLink::setRfPower);
+    connect(m_radioPanel, &RadioPanel::muteToggled, m_rigLink, &HamlibLink::setMute);
+    connect(m_radioPanel, &RadioPanel::filterChosen, m_rigLink, &HamlibLink::setFilter);
+    connect(m_radioPanel, &RadioPanel::breakInChosen, m_rigLink, &HamlibLink::setBreakIn);
+    connect(m_radioPanel, &RadioPanel::keySpeedChanged, m_rigLink, &HamlibLink::setKeySpeed);
+    connect(m_radioPanel, &RadioPanel::tuneAtuClicked, this, [this] {
+        m_rigLink->startTune();
+        statusBar()->showMessage(QStringLiteral("ATU tuning cycle started."), 4000);
+    });
+    connect(m_radioPanel, &RadioPanel::autoAtuToggled, this, [this](bool on) {
+        m_settings.autoAtu = on;
+        saveJsonSettings(); // skipped while the settings are being loaded
+    });
     m_splitter->addWidget(m_table);
     m_splitter->addWidget(m_detailPanel);
     m_splitter->setStretchFactor(0, 3);
@@ -233,6 +310,14 @@ void MainWindow::setupStatusBar()
     m_statusBridge->setStyleSheet(QStringLiteral("color: #7fbf7f; font-weight: bold; padding: 0 8px;"));
     statusBar()->addPermanentWidget(m_statusBridge);
     m_statusBridge->hide();
+
+    m_statusSources = new QLabel(this);
+    m_statusSources->setObjectName(QStringLiteral("statusSources"));
+    statusBar()->addPermanentWidget(m_statusSources);
+    connect(m_sourceHealth, &SourceHealth::changed, this, [this] {
+        m_statusSources->setText(m_sourceHealth->labelText());
+        m_statusSources->setToolTip(m_sourceHealth->toolTip());
+    });
 }
 
 void MainWindow::applyStyleSheet()
@@ -329,7 +414,12 @@ void MainWindow::wireSources()
         connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
         connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
         connect(fetcher, &SpotFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
+        connect(fetcher, &SpotFetcher::notice, this,
+                [this](const QString &text) { statusBar()->showMessage(text, 8000); });
+        if (source != StationSpot::BOTA)
+            m_sourceHealth->watch(fetcher, StationSpot::sourceName(source));
     }
+    m_statusSources->setText(m_sourceHealth->labelText());
     // Refresh order: SOTA first.
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
@@ -353,8 +443,11 @@ void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
 
 void MainWindow::afterMerge(const QList<StationSpot> &batch)
 {
-    Q_UNUSED(batch)
+    applyPersistedStatuses();
+    queueCoordLookups(batch);
     updateSpotCounts();
+    if (m_wsServer)
+        m_wsServer->pushSpotsUpdated();
     const int row = m_selection.rowToRestore(*m_proxy, *m_model);
     if (row < 0)
         return;
@@ -394,6 +487,8 @@ void MainWindow::applyFilter(bool save)
     updateSpotCounts();
     if (save)
         saveJsonSettings();
+    if (m_wsServer)
+        m_wsServer->pushFilterChanged();
 }
 
 void MainWindow::onSourceFilterChanged()
@@ -494,9 +589,107 @@ void MainWindow::onSelectionChanged()
         partners.append(other.callsign);
     m_detailPanel->showSpot(spot, partners.join(QStringLiteral(", ")));
 
-    if (!m_selection.isRestoring() && spot.frequencyKhz > 0 &&
-        (isLwBridgeActive() || m_rigLink->isConnected()))
-        tuneStation(spot.frequencyKhz, spot.mode);
+    if (m_selection.isRestoring() || spot.frequencyKhz <= 0 ||
+        !(isLwBridgeActive() || m_rigLink->isConnected()))
+        return;
+    tuneStation(spot.frequencyKhz, spot.mode);
+    if (m_settings.autoAtu && m_radioPanel->canTune()) {
+        m_radio->startTune();
+        statusBar()->showMessage(
+            QStringLiteral("Tuned to %1 kHz — ATU cycle triggered.").arg(spot.frequencyKhz, 0, 'f', 0), 4000);
+    }
+}
+
+// ---- marks and the log ----------------------------------------------------
+
+void MainWindow::loadContactStatus()
+{
+    m_statusStore.load(ContactStatusStore::defaultFilePath());
+}
+
+void MainWindow::applyPersistedStatuses()
+{
+    m_statusStore.applyTo(*m_model);
+}
+
+void MainWindow::markSelected(StationSpot::Status status)
+{
+    const QString key = m_selection.selectedKey();
+    if (m_statusStore.markSelection(*m_model, key, status, ContactStatusStore::Spread::SimilarAndGroup)
+            .isEmpty())
+        return;
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, status);
+    onSelectionChanged();
+}
+
+void MainWindow::onMarkHeard()
+{
+    markSelected(StationSpot::Heard);
+}
+
+void MainWindow::onMarkUnheard()
+{
+    markSelected(StationSpot::NotHeard);
+}
+
+void MainWindow::onAddToLog()
+{
+    const QString key = m_selection.selectedKey();
+    const StationSpot spot = spotForKey(key);
+    if (m_statusStore
+            .markSelection(*m_model, key, StationSpot::Contacted, ContactStatusStore::Spread::SimilarOnly)
+            .isEmpty())
+        return;
+    m_contactLog.append(spot, m_settings.callsign);
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
+    statusBar()->showMessage(m_contactLog.loggedMessage(spot), 6000);
+    onSelectionChanged();
+}
+
+void MainWindow::exportSotaLog()
+{
+    exportLog(LogExport::sotaFormat());
+}
+
+void MainWindow::exportPotaLog()
+{
+    exportLog(LogExport::potaFormat());
+}
+
+void MainWindow::exportLog(const ExportFormat &format)
+{
+    const QList<ContactRow> rows =
+        LogExport::collectRows(m_model->spots(), format.source, m_statusStore, m_statusStore.now());
+    if (rows.isEmpty()) {
+        QMessageBox::information(this, format.title, format.nothingToExport);
+        return;
+    }
+    const QString path = QFileDialog::getSaveFileName(
+        this, format.title, QDir::homePath() + QLatin1Char('/') + format.proposedFileName, format.fileFilter);
+    if (path.isEmpty())
+        return;
+    if (!LogExport::writeTextFile(
+            path, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef))) {
+        QMessageBox::warning(this, QStringLiteral("Export Failed"),
+                             QStringLiteral("Could not open file for writing:\n%1").arg(path));
+        return;
+    }
+    statusBar()->showMessage(format.exported.arg(rows.size()).arg(path), 6000);
+}
+
+// ---- positions ------------------------------------------------------------
+
+void MainWindow::loadCoordCache()
+{
+    connect(m_coords, &CoordinateCache::referenceLocated, m_model, &StationModel::setReferenceLocation);
+    m_coords->load();
+}
+
+void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
+{
+    m_coords->queueLookups(batch);
 }
 
 // ---- radio ----------------------------------------------------------------
@@ -548,11 +741,13 @@ void MainWindow::onTuneClicked()
     if (!m_selection.hasSelection())
         return;
     if (!isLwBridgeActive() && !m_rigLink->isConnected()) {
-        QMessageBox::question(
+        const auto answer = QMessageBox::question(
             this, QStringLiteral("Radio Not Connected"),
             QStringLiteral(
                 "The radio has not yet been graced with a connection.\nWould you care to configure it now?"),
             QMessageBox::Yes | QMessageBox::No);
+        if (answer == QMessageBox::Yes)
+            onRadioSetup();
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
@@ -563,36 +758,184 @@ void MainWindow::onTuneClicked()
 void MainWindow::onRadioConnectionChanged(bool connected)
 {
     m_radio->onRigConnectionChanged(connected);
+    m_toolbarRadioStatus->setText(connected ? QStringLiteral("Radio: Connected")
+                                            : QStringLiteral("Radio: Not Connected"));
     if (connected) {
-        m_toolbarRadioStatus->setText(QStringLiteral("Radio: Connected"));
         m_statusBarRadio->setText(QStringLiteral("Radio: Connected"));
         statusBar()->showMessage(QStringLiteral("Radio connection established — let the hunt commence."),
                                  4000);
+        m_wsServer->pushRadioConnected();
         return;
     }
-    m_toolbarRadioStatus->setText(QStringLiteral("Radio: Not Connected"));
     m_statusBarRadio->setText(QStringLiteral("Radio unconfigured — consult the settings"));
     statusBar()->showMessage(QStringLiteral("Radio connection severed."), 4000);
-    m_detailPanel->radioFreqLabel()->setText(QStringLiteral("NOT CONNECTED"));
-    m_detailPanel->radioModeLabel()->clear();
+    m_radioPanel->showDisconnected();
+    m_wsServer->pushRadioDisconnected();
 }
 
 void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
 {
-    Q_UNUSED(caps)
+    m_radioPanel->applyCapabilities(caps);
 }
 
 void MainWindow::onRadioStateRead(const RadioState &state)
 {
-    Q_UNUSED(state)
+    m_radioPanel->applyState(state);
 }
 
 void MainWindow::onRadioPollResult(double kHz, const QString &mode)
 {
     m_radio->notePollResult(kHz, mode);
-    if (kHz > 0)
-        m_detailPanel->radioFreqLabel()->setText(QStringLiteral("%1 MHz").arg(kHz / 1000.0, 0, 'f', 3));
-    m_detailPanel->radioModeLabel()->setText(mode);
+    m_radioPanel->showPollResult(kHz, mode);
+    if (m_wsServer->clientCount() > 0)
+        m_wsServer->pushRadioFrequency(kHz, mode);
+}
+
+void MainWindow::onLwConnected()
+{
+    m_radio->onBridgeLinked();
+    m_statusBarRadio->setText(QStringLiteral("Radio: Connected (via Lampwick)"));
+    m_statusBridge->show();
+    statusBar()->showMessage(QStringLiteral("Lampwick bridge connected — radio control delegated."), 5000);
+    m_wsServer->pushLwConnected(m_lwClient->host(), m_lwClient->port());
+}
+
+void MainWindow::onLwDisconnected()
+{
+    m_statusBridge->hide();
+    m_statusBarRadio->setText(m_rigLink->isConnected()
+                                  ? QStringLiteral("Radio: Connected")
+                                  : QStringLiteral("Radio unconfigured — consult the settings"));
+    statusBar()->showMessage(
+        QStringLiteral("Lampwick bridge disconnected — reverting to direct radio control."), 5000);
+    m_radio->onBridgeUnlinked();
+    m_wsServer->pushLwDisconnected();
+}
+
+void MainWindow::onLwRadioFrequency(double kHz, const QString &mode)
+{
+    m_radio->noteBridgeFrequency(kHz, mode);
+    m_radioPanel->showBridgeFrequency(kHz, mode);
+    if (m_wsServer->clientCount() > 0)
+        m_wsServer->pushRadioFrequency(kHz, mode);
+}
+
+void MainWindow::onLwRadioConnectedChanged(bool connected)
+{
+    // Only while the bridge has the radio; otherwise the label is the rig's.
+    if (!m_settings.lwEnabled || !m_lwClient || !m_lwClient->isLinked())
+        return;
+    m_statusBarRadio->setText(connected ? QStringLiteral("Radio: Connected (via Lampwick)")
+                                        : QStringLiteral("Radio: Lampwick rig not connected"));
+}
+
+// ---- dialogs --------------------------------------------------------------
+
+void MainWindow::onPreferences()
+{
+    PreferencesDialog dialog(Preferences::fromSettings(m_settings), this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const AppSettings before = m_settings;
+    dialog.preferences().applyTo(m_settings);
+    m_filter.maxAgeMins = m_settings.maxAgeMins;
+    const AppSettings &s = m_settings;
+    m_callsignLabel->setText(s.callsign.isEmpty() ? QStringLiteral("DE: [not set]")
+                                                  : QStringLiteral("DE: %1").arg(s.callsign));
+    m_filter.applyTo(*m_proxy);
+    m_ingestor->applySourceChoice(m_filter, s.refreshIntervalSecs);
+    if (s.hasUserLocation)
+        m_model->setUserLocation(s.latitude, s.longitude);
+    else
+        m_model->clearUserLocation();
+    m_table->setColumnHidden(StationModel::DistanceColumn, !s.hasUserLocation);
+    m_table->setColumnHidden(StationModel::BearingColumn, !s.hasUserLocation);
+    m_coords->setLookupsEnabled(s.hasUserLocation);
+    m_model->setWatchCallsigns(s.watchCallsigns);
+    m_model->setWatchReferences(s.watchReferences);
+    for (DxClusterFetcher *dx : m_dxClusters.clients())
+        dx->setCallsign(s.callsign);
+    if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
+        m_wsServer->stopListening();
+        startApiServer();
+    }
+    updateSpotCounts();
+    saveJsonSettings();
+    m_wsServer->pushConfigChanged();
+}
+
+void MainWindow::onRadioSetup()
+{
+    RigSetupCalls calls;
+    calls.isConnected = [this] { return m_rigLink->isConnected(); };
+    calls.connectRig = [this](const RigConfig &config) { return m_rigLink->connectRigAndWait(config); };
+    calls.disconnectRig = [this] { m_rigLink->disconnectRigAndWait(); };
+    calls.frequencyKhz = [this] {
+        double kHz = 0.0;
+        QString mode;
+        return m_rigLink->readFrequencyAndWait(kHz, mode) ? kHz : 0.0;
+    };
+    calls.mode = [this] {
+        double kHz = 0.0;
+        QString mode;
+        m_rigLink->readFrequencyAndWait(kHz, mode);
+        return mode;
+    };
+    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
+                            RadioSetupDialog::detectSerialPorts(), calls, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    m_settings.rig = dialog.rigConfig();
+    m_radio->setRigConfig(m_settings.rig);
+    saveJsonSettings();
+}
+
+void MainWindow::onDxClusterSetup()
+{
+    DxClustersDialog dialog(m_settings.dxClusters, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    m_settings.dxClusters = dialog.clusters();
+    createDxFetchers();
+    if (m_filter.isSourceEnabled(StationSpot::DX))
+        m_dxClusters.connectAll();
+    updateDxStatusLabel();
+    saveJsonSettings();
+}
+
+void MainWindow::onLwBridgeSetup()
+{
+    LwBridgeDialog dialog(LwBridgeSettings::fromSettings(m_settings), this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const bool retarget =
+        m_settings.lwHost != dialog.settings().host || m_settings.lwPort != dialog.settings().port;
+    dialog.settings().applyTo(m_settings);
+    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
+    m_radio->setBridgeEnabled(m_settings.lwEnabled);
+    // A new target while linked takes effect at once, not at the next drop.
+    if (retarget && m_lwClient->isEnabled())
+        m_lwClient->setEnabled(false);
+    m_lwClient->setEnabled(m_settings.lwEnabled);
+    saveJsonSettings();
+}
+
+void MainWindow::onProgramsClicked()
+{
+    ProgramsDialog dialog({m_model->potaPrograms(), m_model->sotaAssociations()},
+                          {m_filter.potaPrograms, m_filter.sotaAssociations}, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    m_filter.potaPrograms = dialog.selection().potaPrograms;
+    m_filter.sotaAssociations = dialog.selection().sotaAssociations;
+    m_filterBar->setProgramFilterActive(m_filter.hasProgramFilter());
+    applyFilter(true);
+}
+
+void MainWindow::onUpdateAvailable(const QString &buildTime)
+{
+    Q_UNUSED(buildTime)
+    m_updateBar->show();
 }
 
 // ---- settings -------------------------------------------------------------
@@ -605,6 +948,7 @@ void MainWindow::loadJsonSettings()
     m_settings = SettingsFile(settingsFilePath()).load();
     m_filter = m_settings.filterState();
     m_radio->setRigConfig(m_settings.rig);
+    m_coords->setLookupsEnabled(m_settings.hasUserLocation);
     if (m_settings.fileExisted)
         applySettingsToWidgets();
     else
@@ -672,11 +1016,6 @@ QString MainWindow::apiRadioMode() const
     return m_radio->lastMode();
 }
 
-QString MainWindow::apiCallsign() const
-{
-    return m_settings.callsign;
-}
-
 int MainWindow::apiVisibleSpotCount() const
 {
     return m_proxy->rowCount();
@@ -726,18 +1065,14 @@ void MainWindow::apiConfigSet(const QJsonObject &config)
         m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
     }
     saveJsonSettings();
-}
-
-QJsonObject MainWindow::apiFilterGet() const
-{
-    return m_filter.toApiJson();
+    m_wsServer->pushConfigChanged();
 }
 
 void MainWindow::apiFilterSet(const QJsonObject &filter)
 {
     m_filter.mergeApiJson(filter);
     m_filterBar->setState(m_filter);
-    onSourceFilterChanged();
+    onSourceFilterChanged(); // re-runs every filter, the sources' refresh and the DX link; saves; pushes
 }
 
 bool MainWindow::apiTuneToSpot(const QString &key)
@@ -751,13 +1086,17 @@ bool MainWindow::apiTuneToSpot(const QString &key)
 
 void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
 {
-    Q_UNUSED(key)
-    Q_UNUSED(status)
+    m_statusStore.markKey(*m_model, key, status);
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, status);
 }
 
 bool MainWindow::apiLogSpot(const QString &key)
 {
-    return SelectionKeeper::modelRowForKey(*m_model, key) >= 0;
+    if (SelectionKeeper::modelRowForKey(*m_model, key) < 0)
+        return false;
+    m_contactLog.append(spotForKey(key), m_settings.callsign);
+    return true;
 }
 
 void MainWindow::apiRadioConnect()
@@ -810,9 +1149,4 @@ void MainWindow::apiSetKeySpeed(int wpm)
 void MainWindow::apiStartTune()
 {
     m_radio->startTune();
-}
-
-void MainWindow::apiRefresh()
-{
-    onRefreshAll();
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "api/apibackend.h"
+#include "app/contactlog.h"
+#include "app/contactstatusstore.h"
 #include "app/selectionkeeper.h"
 #include "app/serviceurls.h"
 #include "app/settingsfile.h"
@@ -13,11 +15,13 @@
 #include <QMainWindow>
 
 class BotaSpotFetcher;
+class CoordinateCache;
 class DetailPanel;
 class FilterBar;
 class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
+class LwClient;
 class PotaSpotFetcher;
 class QLabel;
 class QNetworkAccessManager;
@@ -25,11 +29,17 @@ class QSplitter;
 class QTableView;
 class QThread;
 class QTimer;
+class RadioPanel;
 class RadioRouter;
 class SotaSpotFetcher;
 class SpotFilterProxyModel;
+class SourceHealth;
 class SpotIngestor;
+struct ExportFormat;
 class StationModel;
+class UpdateBar;
+class UpdateChecker;
+class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
 
@@ -53,14 +63,14 @@ public:
     bool apiIsRadioConnected() const override;
     double apiRadioFreqKhz() const override;
     QString apiRadioMode() const override;
-    QString apiCallsign() const override;
+    QString apiCallsign() const override { return m_settings.callsign; }
     int apiVisibleSpotCount() const override;
     int apiTotalSpotCount() const override;
     QList<StationSpot> apiVisibleSpots() const override;
     QList<StationSpot> apiAllSpots() const override;
     QJsonObject apiConfigGet() const override;
     void apiConfigSet(const QJsonObject &config) override;
-    QJsonObject apiFilterGet() const override;
+    QJsonObject apiFilterGet() const override { return m_filter.toApiJson(); }
     void apiFilterSet(const QJsonObject &filter) override;
     bool apiTuneToSpot(const QString &key) override;
     void apiSetSpotStatus(const QString &key, StationSpot::Status status) override;
@@ -75,7 +85,7 @@ public:
     void apiSetFilter(int filter) override;
     void apiSetKeySpeed(int wpm) override;
     void apiStartTune() override;
-    void apiRefresh() override;
+    void apiRefresh() override { onRefreshAll(); }
 
 public slots:
     void onRefreshAll();
@@ -98,6 +108,21 @@ private slots:
     void onTextFilterChanged(const QString &text);
     void onSelectionChanged();
     void onTuneClicked();
+    void onMarkHeard();
+    void onMarkUnheard();
+    void onAddToLog();
+    void exportSotaLog();
+    void exportPotaLog();
+    void onPreferences();
+    void onRadioSetup();
+    void onDxClusterSetup();
+    void onLwBridgeSetup();
+    void onProgramsClicked();
+    void onUpdateAvailable(const QString &buildTime);
+    void onLwConnected();
+    void onLwDisconnected();
+    void onLwRadioFrequency(double kHz, const QString &mode);
+    void onLwRadioConnectedChanged(bool connected);
     void onRadioConnectionChanged(bool connected);
     void onCapabilitiesChanged(const RadioCaps &caps);
     void onRadioStateRead(const RadioState &state);
@@ -115,6 +140,13 @@ private:
     void wireSources();
     void wireRig();
 
+    void loadContactStatus();
+    void loadCoordCache();
+    void applyPersistedStatuses();
+    void queueCoordLookups(const QList<StationSpot> &batch);
+    void markSelected(StationSpot::Status status);
+    void exportLog(const ExportFormat &format);
+    void startApiServer();
     void loadJsonSettings();
     void applySettingsToWidgets();
 
@@ -147,7 +179,14 @@ private:
     QNetworkAccessManager *m_network;
     HamlibLink *m_rigLink;
     RadioRouter *m_radio;
+    UpdateChecker *m_updateChecker;
+    CoordinateCache *m_coords;
+    WsServer *m_wsServer = nullptr;
+    LwClient *m_lwClient = nullptr;
     SpotIngestor *m_ingestor;
+    SourceHealth *m_sourceHealth;
+    ContactStatusStore m_statusStore;
+    ContactLog m_contactLog;
 
     AppSettings m_settings;
     FilterState m_filter;
@@ -158,6 +197,8 @@ private:
     FilterBar *m_filterBar = nullptr;
     QTableView *m_table = nullptr;
     DetailPanel *m_detailPanel = nullptr;
+    RadioPanel *m_radioPanel = nullptr;
+    UpdateBar *m_updateBar = nullptr;
     QSplitter *m_splitter = nullptr;
     // The tool bar's short radio state, and the status bar's longer one.
     QLabel *m_toolbarRadioStatus = nullptr;
@@ -167,4 +208,5 @@ private:
     QLabel *m_statusSpots = nullptr;
     QLabel *m_statusRefresh = nullptr;
     QLabel *m_statusBridge = nullptr;
+    QLabel *m_statusSources = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "app/widgets/detailpanel.h"
 
+#include "app/widgets/radiopanel.h"
+
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -35,8 +37,7 @@ DetailPanel::DetailPanel(QWidget *parent)
     , m_spotter(makeLabel("detailSpotter", this))
     , m_comments(makeLabel("detailComments", this))
     , m_multiop(makeLabel("detailMultiop", this))
-    , m_radioFreq(new QLabel(QStringLiteral("NOT CONNECTED"), this))
-    , m_radioMode(new QLabel(this))
+    , m_radioPanel(new RadioPanel(this))
     , m_tuneButton(makeAction(QStringLiteral("[T]une Radio"), "tuneButton", QString(), this))
     , m_heardButton(makeAction(QStringLiteral("Mark [H]eard"), "heardButton", QString(), this))
     , m_unheardButton(makeAction(QStringLiteral("Mark [U]nheard/QRT"), "unheardButton",
@@ -54,16 +55,7 @@ DetailPanel::DetailPanel(QWidget *parent)
         layout->addWidget(label);
     layout->addStretch(1);
 
-    auto *readout = new QFrame(this);
-    readout->setObjectName(QStringLiteral("radioReadout"));
-    auto *readoutLayout = new QVBoxLayout(readout);
-    m_radioFreq->setObjectName(QStringLiteral("radioFreqLabel"));
-    m_radioMode->setObjectName(QStringLiteral("radioModeLabel"));
-    m_radioFreq->setAlignment(Qt::AlignCenter);
-    m_radioMode->setAlignment(Qt::AlignCenter);
-    readoutLayout->addWidget(m_radioFreq);
-    readoutLayout->addWidget(m_radioMode);
-    layout->addWidget(readout);
+    layout->addWidget(m_radioPanel);
 
     for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton})
         layout->addWidget(button);

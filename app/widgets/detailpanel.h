@@ -6,6 +6,7 @@
 
 class QLabel;
 class QPushButton;
+class RadioPanel;
 
 // The panel beside the table: the selected spot's details, the radio
 // read-out and the action buttons.
@@ -23,8 +24,7 @@ public:
     void clear();
     void setActionsEnabled(bool enabled);
 
-    QLabel *radioFreqLabel() const { return m_radioFreq; }
-    QLabel *radioModeLabel() const { return m_radioMode; }
+    RadioPanel *radioPanel() const { return m_radioPanel; }
     QPushButton *tuneButton() const { return m_tuneButton; }
     QPushButton *heardButton() const { return m_heardButton; }
     QPushButton *unheardButton() const { return m_unheardButton; }
@@ -40,8 +40,7 @@ private:
     QLabel *m_spotter;
     QLabel *m_comments;
     QLabel *m_multiop;
-    QLabel *m_radioFreq;
-    QLabel *m_radioMode;
+    RadioPanel *m_radioPanel;
     QPushButton *m_tuneButton;
     QPushButton *m_heardButton;
     QPushButton *m_unheardButton;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/settingsfile.h"
+
+#include <QDialog>
+#include <QList>
+
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QSpinBox;
+
+// "DX Cluster Setup": the list of telnet clusters the program logs into, all at once.
+class DxClustersDialog final : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(DxClustersDialog)
+
+public:
+    explicit DxClustersDialog(const QList<DxClusterEntry> &clusters, QWidget *parent = nullptr);
+    ~DxClustersDialog() override;
+
+    QList<DxClusterEntry> clusters() const { return m_clusters; }
+
+private:
+    void onAdd();
+    void onRemove();
+    void showClusters();
+
+    QList<DxClusterEntry> m_clusters;
+    QListWidget *m_list;
+    QLineEdit *m_host;
+    QSpinBox *m_port;
+    QLabel *m_message;
+};

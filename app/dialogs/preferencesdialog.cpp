@@ -1,0 +1,197 @@
+#include "app/dialogs/preferencesdialog.h"
+
+#include "app/dialogs/dialogfields.h"
+#include "app/settingsfile.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+namespace {
+
+QDoubleSpinBox *coordinateSpinBox(QWidget *parent, double limit, double value, const QString &objectName,
+                                  const QString &toolTip)
+{
+    auto *spin = new QDoubleSpinBox(parent);
+    spin->setObjectName(objectName);
+    spin->setDecimals(6);
+    spin->setSingleStep(0.001);
+    spin->setRange(-limit, limit);
+    spin->setValue(value);
+    spin->setToolTip(toolTip);
+    return spin;
+}
+
+QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const QString &placeholder,
+                              const QString &objectName)
+{
+    auto *edit = new QPlainTextEdit(parent);
+    edit->setObjectName(objectName);
+    edit->setFixedHeight(80);
+    edit->setPlaceholderText(placeholder);
+    edit->setPlainText(entries.join(QLatin1Char('\n')));
+    return edit;
+}
+
+} // namespace
+
+Preferences Preferences::fromSettings(const AppSettings &settings)
+{
+    Preferences p;
+    p.callsign = settings.callsign;
+    p.sotaRef = settings.sotaRef;
+    p.maxAgeMins = settings.maxAgeMins;
+    p.refreshIntervalSecs = settings.refreshIntervalSecs;
+    p.hasUserLocation = settings.hasUserLocation;
+    p.latitude = settings.latitude;
+    p.longitude = settings.longitude;
+    p.watchCallsigns = settings.watchCallsigns;
+    p.watchReferences = settings.watchReferences;
+    p.wsEnabled = settings.wsEnabled;
+    p.wsHost = settings.wsHost;
+    p.wsPort = settings.wsPort;
+    return p;
+}
+
+void Preferences::applyTo(AppSettings &settings) const
+{
+    settings.callsign = callsign;
+    settings.sotaRef = sotaRef;
+    settings.maxAgeMins = maxAgeMins;
+    settings.refreshIntervalSecs = refreshIntervalSecs;
+    settings.hasUserLocation = hasUserLocation;
+    settings.latitude = latitude;
+    settings.longitude = longitude;
+    settings.watchCallsigns = watchCallsigns;
+    settings.watchReferences = watchReferences;
+    settings.wsEnabled = wsEnabled;
+    settings.wsHost = wsHost;
+    settings.wsPort = wsPort;
+}
+
+PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
+    : QDialog(parent)
+    , m_callsign(new QLineEdit(values.callsign, this))
+    , m_sotaRef(new QLineEdit(values.sotaRef, this))
+    , m_maxAge(DialogFields::spinBox(this, 1, 720, values.maxAgeMins, QStringLiteral("maxAgeSpin")))
+    , m_refreshInterval(DialogFields::spinBox(this, 60, 3600, values.refreshIntervalSecs,
+                                              QStringLiteral("refreshIntervalSpin")))
+    , m_hasLocation(new QCheckBox(QStringLiteral("Enable distance / bearing columns"), this))
+    , m_latitude(coordinateSpinBox(this, 90.0, values.latitude, QStringLiteral("latitudeSpin"),
+                                   QStringLiteral("Your latitude in decimal degrees (positive = North)")))
+    , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
+                                    QStringLiteral("Your longitude in decimal degrees (positive = East)")))
+{
+    setWindowTitle(QStringLiteral("Preferences"));
+    setMinimumWidth(360);
+
+    m_callsign->setObjectName(QStringLiteral("callsignEdit"));
+    m_callsign->setPlaceholderText(QStringLiteral("e.g. W4ABC"));
+    m_sotaRef->setObjectName(QStringLiteral("sotaRefEdit"));
+    m_sotaRef->setPlaceholderText(QStringLiteral("e.g. W4C/CM-001"));
+    m_sotaRef->setToolTip(QStringLiteral("Your SOTA summit reference"));
+    m_maxAge->setSuffix(QStringLiteral(" min"));
+    m_maxAge->setToolTip(QStringLiteral("Hide spots older than this many minutes (default: 30)"));
+    m_refreshInterval->setSuffix(QStringLiteral(" sec"));
+    m_refreshInterval->setToolTip(QStringLiteral("How often to fetch new spots (minimum 60 seconds)"));
+    m_hasLocation->setObjectName(QStringLiteral("locationCheck"));
+    m_hasLocation->setChecked(values.hasUserLocation);
+    m_latitude->setEnabled(values.hasUserLocation);
+    m_longitude->setEnabled(values.hasUserLocation);
+    connect(m_hasLocation, &QCheckBox::toggled, m_latitude, &QWidget::setEnabled);
+    connect(m_hasLocation, &QCheckBox::toggled, m_longitude, &QWidget::setEnabled);
+
+    auto *form = new QFormLayout;
+    form->addRow(QStringLiteral("My Callsign:"), m_callsign);
+    form->addRow(QStringLiteral("My SOTA Reference:"), m_sotaRef);
+    form->addRow(QStringLiteral("Max Spot Age:"), m_maxAge);
+    form->addRow(QStringLiteral("Refresh Interval:"), m_refreshInterval);
+    form->addRow(QStringLiteral("My Location:"), m_hasLocation);
+    form->addRow(QStringLiteral("Latitude:"), m_latitude);
+    form->addRow(QStringLiteral("Longitude:"), m_longitude);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addWidget(buildWatchlistGroup(values));
+    layout->addWidget(buildApiGroup(values));
+    layout->addWidget(DialogFields::okCancelButtons(this));
+}
+
+PreferencesDialog::~PreferencesDialog() = default;
+
+QWidget *PreferencesDialog::buildWatchlistGroup(const Preferences &values)
+{
+    auto *group = new QGroupBox(QStringLiteral("Watchlists"), this);
+    m_watchCallsigns = watchListEdit(group, values.watchCallsigns, QStringLiteral("W4ABC\nKG6YJ\n..."),
+                                     QStringLiteral("watchCallsignsEdit"));
+    m_watchReferences =
+        watchListEdit(group, values.watchReferences, QStringLiteral("W4C/CM-001\nK-1234\n..."),
+                      QStringLiteral("watchReferencesEdit"));
+    auto *form = new QFormLayout(group);
+    form->addRow(new QLabel(QStringLiteral("Watched callsigns appear in bright green.\n"
+                                           "Watched references appear in bright blue.\n"
+                                           "One entry per line, case-insensitive."),
+                            group));
+    form->addRow(QStringLiteral("Callsigns:"), m_watchCallsigns);
+    form->addRow(QStringLiteral("References:"), m_watchReferences);
+    return group;
+}
+
+QWidget *PreferencesDialog::buildApiGroup(const Preferences &values)
+{
+    auto *group = new QGroupBox(QStringLiteral("WebSocket API"), this);
+    m_wsEnabled = new QCheckBox(QStringLiteral("Enable WebSocket API"), group);
+    m_wsEnabled->setObjectName(QStringLiteral("wsEnabledCheck"));
+    m_wsEnabled->setChecked(values.wsEnabled);
+    m_wsHost = new QComboBox(group);
+    m_wsHost->setObjectName(QStringLiteral("wsHostCombo"));
+    m_wsHost->addItem(QStringLiteral("localhost only (127.0.0.1)"), QStringLiteral("127.0.0.1"));
+    m_wsHost->addItem(QStringLiteral("All interfaces (0.0.0.0)"), QStringLiteral("0.0.0.0"));
+    // An address set by hand in the file stays selectable rather than being lost.
+    DialogFields::selectValue(m_wsHost, values.wsHost, values.wsHost);
+    m_wsPort = DialogFields::spinBox(group, 1024, 65535, values.wsPort, QStringLiteral("wsPortSpin"));
+    m_wsHost->setEnabled(values.wsEnabled);
+    m_wsPort->setEnabled(values.wsEnabled);
+    connect(m_wsEnabled, &QCheckBox::toggled, m_wsHost, &QWidget::setEnabled);
+    connect(m_wsEnabled, &QCheckBox::toggled, m_wsPort, &QWidget::setEnabled);
+
+    auto *form = new QFormLayout(group);
+    form->addRow(QStringLiteral("Enabled:"), m_wsEnabled);
+    form->addRow(QStringLiteral("Interface:"), m_wsHost);
+    form->addRow(QStringLiteral("Port:"), m_wsPort);
+    return group;
+}
+
+Preferences PreferencesDialog::preferences() const
+{
+    Preferences p;
+    p.callsign = m_callsign->text().trimmed().toUpper();
+    p.sotaRef = m_sotaRef->text().trimmed().toUpper();
+    p.maxAgeMins = m_maxAge->value();
+    p.refreshIntervalSecs = m_refreshInterval->value();
+    p.hasUserLocation = m_hasLocation->isChecked();
+    p.latitude = m_latitude->value();
+    p.longitude = m_longitude->value();
+    p.watchCallsigns = parseWatchList(m_watchCallsigns->toPlainText());
+    p.watchReferences = parseWatchList(m_watchReferences->toPlainText());
+    p.wsEnabled = m_wsEnabled->isChecked();
+    p.wsHost = m_wsHost->currentData().toString();
+    p.wsPort = static_cast<quint16>(m_wsPort->value());
+    return p;
+}
+
+QStringList PreferencesDialog::parseWatchList(const QString &text)
+{
+    QStringList entries = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (QString &entry : entries)
+        entry = entry.trimmed().toUpper();
+    return entries;
+}

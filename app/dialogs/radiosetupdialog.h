@@ -1,0 +1,75 @@
+#pragma once
+
+#include "radio/rigtypes.h"
+
+#include <QDialog>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+class QComboBox;
+class QLabel;
+
+// A serial port the radio set-up offers: the device path that is stored, and
+// what the system says the device is.
+struct SerialPortChoice
+{
+    QString device;
+    QString description;
+};
+
+// How the dialog reaches the rig controller on its worker thread. Every call
+// blocks until the worker has answered; all five must be set.
+struct RigSetupCalls
+{
+    std::function<bool()> isConnected;
+    std::function<bool(const RigConfig &)> connectRig;
+    std::function<void()> disconnectRig;
+    std::function<double()> frequencyKhz; // 0 or less when it cannot be read
+    std::function<QString()> mode;
+};
+
+// "Radio Setup": the ten rig connection settings, with buttons that connect,
+// disconnect and test the rig at once with what the fields say.
+class RadioSetupDialog final : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(RadioSetupDialog)
+
+public:
+    // rigModels holds the controller's entries, "%1 — %2 %3" with the model number first.
+    RadioSetupDialog(const RigConfig &config, const QStringList &rigModels,
+                     const QList<SerialPortChoice> &serialPorts, RigSetupCalls rig,
+                     QWidget *parent = nullptr);
+    ~RadioSetupDialog() override;
+
+    RigConfig rigConfig() const;
+
+    // The serial ports present now, as the system names them (/dev/ttyUSB0 …).
+    static QList<SerialPortChoice> detectSerialPorts();
+
+private:
+    QComboBox *addChoice(const char *objectName);
+    QWidget *buildButtons();
+    void fillPorts(const QList<SerialPortChoice> &serialPorts, const QString &current);
+    QString portText() const;
+    void onConnect();
+    void onDisconnect();
+    void onTest();
+
+    RigSetupCalls m_rig;
+    QComboBox *m_model;
+    QComboBox *m_port;
+    QComboBox *m_baud;
+    QComboBox *m_dataBits;
+    QComboBox *m_stopBits;
+    QComboBox *m_parity;
+    QComboBox *m_handshake;
+    QComboBox *m_dtr;
+    QComboBox *m_rts;
+    QComboBox *m_ptt;
+    QLabel *m_status;
+    QLabel *m_testResult;
+};

@@ -1,0 +1,48 @@
+// Re-applying the marks after every merge, at the sizes a busy weekend produces.
+#include "app/contactstatusstore.h"
+#include "bench/benchdata.h"
+#include "model/stationmodel.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int k_marks = 200;
+
+// A model of n rows and a store marking k_marks of them, every fifth row.
+void prepare(StationModel &model, ContactStatusStore &store, int n, qint64 now)
+{
+    model.setClock([now] { return now; });
+    fillModel(model, n, now);
+    store.setClock([now] { return QDateTime::fromMSecsSinceEpoch(now, Qt::UTC); });
+    for (int row = 0; row < model.rowCount() && store.marks().size() < k_marks; row += 5)
+        store.record(model.spotAt(row).key(), StationSpot::Heard);
+}
+
+void BM_ApplyMarks(benchmark::State &state)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    StationModel model;
+    ContactStatusStore store;
+    prepare(model, store, int(state.range(0)), now);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(store.applyTo(model));
+}
+BENCHMARK(BM_ApplyMarks)->Arg(1000)->Arg(5000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+// The plain way, one model search per mark: the row that shows what the one pass saves.
+void BM_ApplyMarksOneSearchEach(benchmark::State &state)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    StationModel model;
+    ContactStatusStore store;
+    prepare(model, store, int(state.range(0)), now);
+    for (auto _ : state) {
+        const auto &marks = store.marks();
+        for (auto it = marks.cbegin(); it != marks.cend(); ++it)
+            model.markSpot(it.key(), it->status);
+    }
+}
+BENCHMARK(BM_ApplyMarksOneSearchEach)->Arg(1000)->Arg(5000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+} // namespace

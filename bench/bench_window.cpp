@@ -45,13 +45,14 @@ void BM_DxLineToTable(benchmark::State &state)
     for (int i = 0; i < 20; ++i)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    fillModel(*window.stationModel(), int(state.range(0)), now);
+    fillModel(*window.findChild<StationModel *>(), int(state.range(0)), now);
     // A selected row, so every line also pays for restoring the selection.
-    window.spotTable()->selectionModel()->select(window.spotTable()->model()->index(10, 0),
-                                                 QItemSelectionModel::ClearAndSelect |
-                                                     QItemSelectionModel::Rows);
+    window.findChild<QTableView *>(QStringLiteral("spotTable"))
+        ->selectionModel()
+        ->select(window.findChild<QTableView *>(QStringLiteral("spotTable"))->model()->index(10, 0),
+                 QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 
-    DxClusterFetcher *cluster = window.dxFetchers().constFirst();
+    DxClusterFetcher *cluster = window.findChild<DxClusterFetcher *>();
     const QString hhmm = QDateTime::currentDateTimeUtc().toString(QStringLiteral("HHmm"));
     QStringList lines;
     for (int i = 0; i < 100; ++i)
@@ -65,8 +66,9 @@ void BM_DxLineToTable(benchmark::State &state)
         emit cluster->spotsReady({spot});
         QCoreApplication::processEvents(); // the window merges once the read is done
     }
-    state.counters["rows"] = window.stationModel()->rowCount();
-    state.counters["shown"] = window.spotTable()->model()->rowCount();
+    state.counters["rows"] = window.findChild<StationModel *>()->rowCount();
+    state.counters["shown"] =
+        window.findChild<QTableView *>(QStringLiteral("spotTable"))->model()->rowCount();
 }
 BENCHMARK(BM_DxLineToTable)->Arg(5000)->Unit(benchmark::kMicrosecond);
 

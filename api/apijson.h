@@ -1,0 +1,41 @@
+#pragma once
+
+#include "model/stationspot.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+class ApiBackend;
+class JsonWriter;
+
+// What a command or a message needs besides the program: the server's own state.
+struct ApiContext
+{
+    ApiBackend &backend;
+    quint16 port = 0;
+    int clientCount = 0;
+};
+
+// The JSON shapes of the API, written in their documented key order.
+namespace ApiJson {
+
+// key, source, callsign, reference, reference_name, freq_khz, mode, spot_time,
+// spotter, comments, grid, status, status_str, then lat and lon when known.
+void spotToJson(JsonWriter &out, const StationSpot &spot);
+// {"spots": [...], "count": n}
+QByteArray spotListJson(const QList<StationSpot> &spots);
+// The "spots.updated" event around that list, written in one pass.
+QByteArray spotsUpdatedEvent(const QList<StationSpot> &spots);
+// The heartbeat's data and the "status.get" reply.
+QByteArray statusJson(const ApiContext &context);
+
+// Envelopes around a data object that is already compact JSON.
+QByteArray eventMessage(QStringView event, QByteArrayView dataJson);
+QByteArray replyMessage(const QString &id, QByteArrayView dataJson);
+QByteArray errorMessage(const QString &id, const QString &message);
+
+// "2024-05-01T12:34:56Z" for UTC times, Qt's ISO text for others, empty when invalid.
+QString isoTime(const QDateTime &time);
+
+} // namespace ApiJson

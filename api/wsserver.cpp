@@ -1,0 +1,311 @@
+#include "api/wsserver.h"
+
+#include "api/apibackend.h"
+#include "api/jsonwriter.h"
+#include "buildinfo.h"
+
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QTimer>
+#include <QUrl>
+#include <QWebSocket>
+#include <QWebSocketCorsAuthenticator>
+#include <QWebSocketServer>
+
+namespace {
+
+const QString k_invalidMessage = QStringLiteral("invalid message: expected {type:\"cmd\",cmd:\"...\"}");
+
+QString text(const QByteArray &utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+QByteArray compact(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+} // namespace
+
+WsServer::WsServer(ApiBackend *backend, QObject *parent)
+    : QObject(parent)
+    , m_backend(backend)
+    , m_server(new QWebSocketServer(QStringLiteral("Tallis"), QWebSocketServer::NonSecureMode, this))
+    , m_statusTimer(new QTimer(this))
+    , m_spotsUpdateTimer(new QTimer(this))
+    , m_commands(apiCommandTable())
+{
+    connect(m_server, &QWebSocketServer::newConnection, this, &WsServer::onNewConnection);
+    connect(m_server, &QWebSocketServer::originAuthenticationRequired, this,
+            &WsServer::onOriginAuthenticationRequired);
+
+    // Runs for the server's lifetime; pushStatus() does nothing without clients.
+    m_statusTimer->setObjectName(QStringLiteral("statusTimer"));
+    m_statusTimer->setInterval(k_heartbeatMs);
+    connect(m_statusTimer, &QTimer::timeout, this, &WsServer::pushStatus);
+    m_statusTimer->start();
+
+    m_spotsUpdateTimer->setObjectName(QStringLiteral("spotsUpdateTimer"));
+    m_spotsUpdateTimer->setSingleShot(true);
+    m_spotsUpdateTimer->setInterval(k_spotsUpdateHoldMs);
+    connect(m_spotsUpdateTimer, &QTimer::timeout, this, [this] {
+        if (!m_spotsUpdatePending)
+            return;
+        m_spotsUpdatePending = false;
+        pushSpotsUpdated();
+    });
+}
+
+WsServer::~WsServer()
+{
+    stopListening();
+}
+
+bool WsServer::listen(quint16 port, const QString &host)
+{
+    QHostAddress address;
+    if (host == QLatin1String("0.0.0.0"))
+        address = QHostAddress(QHostAddress::AnyIPv4);
+    else if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0)
+        address = QHostAddress(QHostAddress::LocalHost);
+    else if (!address.setAddress(host))
+        return false; // never fall back to listening everywhere
+    if (m_server->isListening())
+        m_server->close();
+    return m_server->listen(address, port);
+}
+
+void WsServer::stopListening()
+{
+    const QList<QWebSocket *> clients = std::exchange(m_clients, {});
+    m_ungreeted.clear();
+    for (QWebSocket *socket : clients) {
+        socket->disconnect(this);
+        socket->close(QWebSocketProtocol::CloseCodeNormal, QString());
+        socket->deleteLater();
+    }
+    m_server->close();
+}
+
+bool WsServer::isListening() const
+{
+    return m_server->isListening();
+}
+
+quint16 WsServer::port() const
+{
+    return m_server->serverPort();
+}
+
+bool WsServer::isLocalOrigin(const QString &origin)
+{
+    // Programs send no Origin; browsers always do, and only a page served from
+    // this machine may drive the radio.
+    if (origin.isEmpty())
+        return true;
+    const QUrl url(origin, QUrl::StrictMode);
+    if (!url.isValid() || (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https")))
+        return false;
+    const QString host = url.host();
+    return host == QLatin1String("localhost") || host == QLatin1String("127.0.0.1") ||
+           host == QLatin1String("::1");
+}
+
+void WsServer::onOriginAuthenticationRequired(QWebSocketCorsAuthenticator *authenticator)
+{
+    authenticator->setAllowed(isLocalOrigin(authenticator->origin()));
+}
+
+void WsServer::onNewConnection()
+{
+    while (QWebSocket *socket = m_server->nextPendingConnection()) {
+        socket->setParent(this); // the server hands sockets over without a parent
+        socket->setMaxAllowedIncomingMessageSize(k_maxIncomingMessageBytes);
+        socket->setMaxAllowedIncomingFrameSize(k_maxIncomingMessageBytes);
+        if (m_clients.size() >= k_maxClients) {
+            connect(socket, &QWebSocket::disconnected, socket, &QObject::deleteLater);
+            socket->close(QWebSocketProtocol::CloseCodePolicyViolated, QStringLiteral("too many clients"));
+            continue;
+        }
+        m_clients.append(socket);
+        m_ungreeted.append(socket);
+        connect(socket, &QWebSocket::textMessageReceived, this,
+                [this, socket](const QString &message) { onTextMessage(socket, message); });
+        // Binary frames are not part of the protocol: answered as malformed.
+        connect(socket, &QWebSocket::binaryMessageReceived, this,
+                [this, socket](const QByteArray &) { onTextMessage(socket, QString()); });
+        connect(socket, &QWebSocket::disconnected, this, [this, socket] { onDisconnected(socket); });
+        QTimer::singleShot(0, socket, [this, socket] { greet(socket); });
+    }
+}
+
+// "hello" is a client's first message: nothing is sent to it before, and
+// a command that races the greeting sends it first.
+void WsServer::greet(QWebSocket *socket)
+{
+    if (!m_ungreeted.removeOne(socket))
+        return;
+    JsonWriter data;
+    data.beginObject();
+    data.field("version", QString::fromLatin1(BuildInfo::k_version));
+    data.integerField("port", port());
+    data.endObject();
+    send(socket, text(ApiJson::eventMessage(u"hello", data.bytes())));
+}
+
+void WsServer::onDisconnected(QWebSocket *socket)
+{
+    if (!m_clients.removeOne(socket))
+        return;
+    m_ungreeted.removeOne(socket);
+    socket->deleteLater();
+}
+
+void WsServer::dropClient(QWebSocket *socket)
+{
+    m_clients.removeOne(socket);
+    m_ungreeted.removeOne(socket);
+    socket->disconnect(this);
+    socket->abort();
+    socket->deleteLater();
+}
+
+void WsServer::onTextMessage(QWebSocket *socket, const QString &message)
+{
+    if (!m_clients.contains(socket))
+        return;
+    greet(socket);
+    const QJsonDocument document = QJsonDocument::fromJson(message.toUtf8());
+    handleCommand(socket, document.isObject() ? document.object() : QJsonObject());
+}
+
+void WsServer::handleCommand(QWebSocket *socket, const QJsonObject &msg)
+{
+    const QString type = msg.value(QLatin1String("type")).toString();
+    const QString id = msg.value(QLatin1String("id")).toString();
+    const QString cmd = msg.value(QLatin1String("cmd")).toString();
+    QByteArray reply;
+    if (type != QLatin1String("cmd") || cmd.isEmpty()) {
+        reply = ApiJson::errorMessage(id, k_invalidMessage);
+    } else if (const auto handler = m_commands.constFind(cmd); handler == m_commands.cend()) {
+        reply = ApiJson::errorMessage(id, QStringLiteral("unknown command: ") + cmd);
+    } else {
+        try {
+            reply =
+                ApiJson::replyMessage(id, (*handler)(context(), msg.value(QLatin1String("data")).toObject()));
+        } catch (const QString &error) {
+            reply = ApiJson::errorMessage(id, error);
+        }
+    }
+    // The command may have led the program to close this client.
+    if (m_clients.contains(socket))
+        send(socket, text(reply));
+}
+
+ApiContext WsServer::context() const
+{
+    return ApiContext{*m_backend, port(), clientCount()};
+}
+
+void WsServer::send(QWebSocket *socket, const QString &message)
+{
+    // A client that stopped reading must not make this process hold an
+    // unbounded backlog for it.
+    if (socket->bytesToWrite() > k_maxUnsentBytes) {
+        dropClient(socket);
+        return;
+    }
+    socket->sendTextMessage(message);
+}
+
+void WsServer::broadcastMessage(const QByteArray &utf8)
+{
+    const QString message = text(utf8);
+    const QList<QWebSocket *> clients = m_clients; // send() may drop one
+    for (QWebSocket *socket : clients) {
+        if (!m_ungreeted.contains(socket))
+            send(socket, message);
+    }
+}
+
+void WsServer::broadcast(const QString &event, const QJsonObject &data)
+{
+    if (m_clients.isEmpty())
+        return;
+    broadcastMessage(ApiJson::eventMessage(event, compact(data)));
+}
+
+void WsServer::pushStatus()
+{
+    if (m_clients.isEmpty())
+        return;
+    broadcastMessage(ApiJson::eventMessage(u"status", ApiJson::statusJson(context())));
+}
+
+void WsServer::pushSpotsUpdated()
+{
+    if (m_clients.isEmpty())
+        return; // a merge with nobody listening costs nothing here
+    if (m_spotsUpdateTimer->isActive()) {
+        m_spotsUpdatePending = true;
+        return;
+    }
+    broadcastMessage(ApiJson::spotsUpdatedEvent(m_backend->apiVisibleSpots()));
+    m_spotsUpdateTimer->start();
+}
+
+void WsServer::pushSpotStatusChanged(const QString &key, StationSpot::Status status)
+{
+    broadcast(QStringLiteral("spot.status.changed"),
+              {{QStringLiteral("key"), key}, {QStringLiteral("status"), int(status)}});
+}
+
+void WsServer::pushRadioConnected()
+{
+    if (m_clients.isEmpty())
+        return;
+    pushRadioFrequencyEvent(QStringLiteral("radio.connected"), m_backend->apiRadioFreqKhz(),
+                            m_backend->apiRadioMode());
+}
+
+void WsServer::pushRadioDisconnected()
+{
+    broadcast(QStringLiteral("radio.disconnected"), {});
+}
+
+void WsServer::pushRadioFrequency(double kHz, const QString &mode)
+{
+    pushRadioFrequencyEvent(QStringLiteral("radio.frequency"), kHz, mode);
+}
+
+void WsServer::pushRadioFrequencyEvent(const QString &event, double kHz, const QString &mode)
+{
+    broadcast(event, {{QStringLiteral("freq_khz"), kHz}, {QStringLiteral("mode"), mode}});
+}
+
+void WsServer::pushFilterChanged()
+{
+    broadcast(QStringLiteral("filter.changed"), {});
+}
+
+void WsServer::pushConfigChanged()
+{
+    broadcast(QStringLiteral("config.changed"), {});
+}
+
+void WsServer::pushLwConnected(const QString &host, quint16 port)
+{
+    broadcast(QStringLiteral("lw.connected"),
+              {{QStringLiteral("host"), host}, {QStringLiteral("port"), port}});
+}
+
+void WsServer::pushLwDisconnected()
+{
+    broadcast(QStringLiteral("lw.disconnected"), {});
+}
+
+void WsServer::pushError(const QString &message)
+{
+    broadcast(QStringLiteral("error"), {{QStringLiteral("message"), message}});
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "api/apicommands.h"
+#include "model/stationspot.h"
+
+#include <QHash>
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QString>
+
+class ApiBackend;
+class QTimer;
+class QWebSocket;
+class QWebSocketCorsAuthenticator;
+class QWebSocketServer;
+
+// The local WebSocket JSON API: commands in, replies and pushed events out.
+// Only this host's programs and pages are meant to reach it, so browser pages
+// from elsewhere are refused at the handshake, and every client is held to
+// limits on what it sends and what it lets pile up unread.
+class WsServer final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(WsServer)
+
+public:
+    static constexpr int k_heartbeatMs = 1000;
+    // "spots.updated" goes out at once, then at most once per this interval
+    // while merges keep coming, carrying the state at the time it is sent.
+    static constexpr int k_spotsUpdateHoldMs = 250;
+    static constexpr int k_maxClients = 64;
+    static constexpr qint64 k_maxIncomingMessageBytes = 1024 * 1024;
+    static constexpr qint64 k_maxUnsentBytes = 16 * 1024 * 1024;
+
+    explicit WsServer(ApiBackend *backend, QObject *parent = nullptr);
+    ~WsServer() override;
+
+    // "0.0.0.0" means every IPv4 interface; any other text must be an address.
+    bool listen(quint16 port, const QString &host);
+    void stopListening();
+    bool isListening() const;
+    quint16 port() const;
+    int clientCount() const { return int(m_clients.size()); }
+
+    // Serialised once, sent to every greeted client; nothing at all without clients.
+    void broadcast(const QString &event, const QJsonObject &data);
+
+    void pushStatus();
+    void pushSpotStatusChanged(const QString &key, StationSpot::Status status);
+    void pushSpotsUpdated();
+    void pushRadioConnected();
+    void pushRadioDisconnected();
+    void pushRadioFrequency(double kHz, const QString &mode);
+    void pushFilterChanged();
+    void pushConfigChanged();
+    void pushLwConnected(const QString &host, quint16 port);
+    void pushLwDisconnected();
+    void pushError(const QString &message);
+
+    static bool isLocalOrigin(const QString &origin);
+
+private:
+    void onNewConnection();
+    void onOriginAuthenticationRequired(QWebSocketCorsAuthenticator *authenticator);
+    void onTextMessage(QWebSocket *socket, const QString &text);
+    void onDisconnected(QWebSocket *socket);
+    void greet(QWebSocket *socket);
+    void handleCommand(QWebSocket *socket, const QJsonObject &msg);
+    void pushRadioFrequencyEvent(const QString &event, double kHz, const QString &mode);
+    void broadcastMessage(const QByteArray &utf8);
+    void send(QWebSocket *socket, const QString &message);
+    void dropClient(QWebSocket *socket);
+    ApiContext context() const;
+
+    ApiBackend *m_backend;
+    QWebSocketServer *m_server;
+    QTimer *m_statusTimer;
+    QTimer *m_spotsUpdateTimer;
+    bool m_spotsUpdatePending = false;
+    QList<QWebSocket *> m_clients;   // in order of connection
+    QList<QWebSocket *> m_ungreeted; // connected, "hello" not yet sent
+    const QHash<QString, ApiCommand> m_commands;
+};

@@ -1,0 +1,367 @@
+#include "api/wsserver.h"
+#include "buildinfo.h"
+#include "support/fakeapibackend.h"
+#include "support/testmain.h"
+
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QWebSocket>
+#include <QWebSocketServer>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+// A program connected to the API, keeping what it received.
+class ApiClient final
+{
+public:
+    explicit ApiClient(const QString &origin = QString())
+        : socket(origin)
+    {
+        QObject::connect(&socket, &QWebSocket::textMessageReceived, &socket, [this](const QString &text) {
+            const QJsonObject msg = QJsonDocument::fromJson(text.toUtf8()).object();
+            (msg.value(QLatin1String("type")) == QLatin1String("reply") ? replies : events) << msg;
+        });
+    }
+    void open(quint16 port) { socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(port))); }
+    bool connectTo(quint16 port)
+    {
+        QSignalSpy connected(&socket, &QWebSocket::connected);
+        open(port);
+        return connected.wait(5000);
+    }
+    void send(const QByteArray &json) { socket.sendTextMessage(QString::fromUtf8(json)); }
+    QList<QJsonObject> eventData(const QString &name) const
+    {
+        QList<QJsonObject> found;
+        for (const QJsonObject &e : events) {
+            if (e.value(QLatin1String("event")).toString() == name)
+                found << e.value(QLatin1String("data")).toObject();
+        }
+        return found;
+    }
+
+    QWebSocket socket;
+    QList<QJsonObject> replies;
+    QList<QJsonObject> events;
+};
+
+QString compact(const QJsonObject &o)
+{
+    return QString::fromUtf8(QJsonDocument(o).toJson(QJsonDocument::Compact));
+}
+
+QList<StationSpot> spots(int n)
+{
+    QList<StationSpot> list;
+    for (int i = 0; i < n; ++i) {
+        StationSpot s;
+        s.callsign = QStringLiteral("K%1ABC").arg(i);
+        s.frequencyKhz = 14062.0 + i;
+        list << s;
+    }
+    return list;
+}
+
+} // namespace
+
+class TestWsServer final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void greetingComesFirst();
+    void envelopes_data();
+    void envelopes();
+    void pushes();
+    void spotsUpdated();
+    void originRule_data();
+    void originRule();
+    void messageCap();
+    void stalledReaderDropped();
+    void burstFromMaxClients();
+    void stopAndListen();
+
+private:
+    std::unique_ptr<FakeApiBackend> m_backend;
+    std::unique_ptr<WsServer> m_server;
+};
+
+void TestWsServer::init()
+{
+    m_backend = std::make_unique<FakeApiBackend>();
+    m_server = std::make_unique<WsServer>(m_backend.get());
+    QVERIFY(m_server->listen(0, QStringLiteral("127.0.0.1")));
+}
+
+void TestWsServer::cleanup()
+{
+    m_server.reset();
+    m_backend.reset();
+}
+
+void TestWsServer::greetingComesFirst()
+{
+    const auto *timer = m_server->findChild<QTimer *>(QStringLiteral("statusTimer"));
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), 1000);
+    // Events raised while the client is being accepted must not overtake "hello".
+    connect(m_server->findChild<QWebSocketServer *>(), &QWebSocketServer::newConnection, this, [this] {
+        m_server->pushStatus();
+        m_server->pushError(QStringLiteral("early"));
+    });
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    QTRY_COMPARE(c.events.size(), 1);
+    QCOMPARE(
+        compact(c.events.at(0)),
+        QStringLiteral("{\"data\":{\"port\":%1,\"version\":\"%2\"},\"event\":\"hello\",\"type\":\"event\"}")
+            .arg(m_server->port())
+            .arg(QLatin1String(BuildInfo::k_version)));
+    m_server->pushStatus();
+    QTRY_COMPARE(c.events.size(), 2);
+    const QJsonObject status = c.eventData(QStringLiteral("status")).value(0);
+    QCOMPARE(status.size(), 8);
+    QCOMPARE(status.value(QLatin1String("ws_clients")).toInt(), 1);
+    QCOMPARE(status.value(QLatin1String("ws_port")).toInt(), m_server->port());
+}
+
+void TestWsServer::envelopes_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("error"); // empty: a successful reply
+    const char *invalid = R"(invalid message: expected {type:"cmd",cmd:"..."})";
+    const auto row = [](const char *name, const char *message, const char *id, const char *error) {
+        QTest::newRow(name) << QByteArray(message) << QString::fromLatin1(id) << QString::fromLatin1(error);
+    };
+    row("string id", R"({"type":"cmd","cmd":"status.get","id":"a\"1"})", "a\"1", "");
+    row("number id", R"({"type":"cmd","cmd":"status.get","id":7})", "", "");
+    row("no type", R"({"cmd":"status.get","id":"x"})", "x", invalid);
+    row("empty cmd", R"({"type":"cmd","cmd":"","id":"e"})", "e", invalid);
+    row("not JSON", "status.get please", "", invalid);
+    row("array", R"([{"type":"cmd","cmd":"status.get"}])", "", invalid);
+    row("unknown", R"({"type":"cmd","cmd":"radio.explode","id":"u"})", "u", "unknown command: radio.explode");
+    row("handler error", R"({"type":"cmd","cmd":"spot.tune","id":"t","data":[1]})", "t", "missing key");
+}
+
+void TestWsServer::envelopes()
+{
+    QFETCH(QByteArray, message);
+    QFETCH(QString, id);
+    QFETCH(QString, error);
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    c.send(message);
+    QTRY_COMPARE(c.replies.size(), 1);
+    const QJsonObject reply = c.replies.at(0);
+    QCOMPARE(reply.value(QLatin1String("id")), QJsonValue(id));
+    QCOMPARE(reply.value(QLatin1String("ok")).toBool(), error.isEmpty());
+    QCOMPARE(reply.value(QLatin1String("error")).toString(), error);
+    QCOMPARE(reply.contains(QLatin1String("data")), error.isEmpty());
+    // The connection survives whatever was sent.
+    c.send(R"({"type":"cmd","cmd":"version.get","id":"next"})");
+    QTRY_COMPARE(c.replies.size(), 2);
+    QCOMPARE(c.replies.at(1).value(QLatin1String("id")).toString(), QStringLiteral("next"));
+}
+
+void TestWsServer::pushes()
+{
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    QTRY_COMPARE(c.events.size(), 1); // hello
+    m_server->pushSpotStatusChanged(QStringLiteral("K1|R|7"), StationSpot::Contacted);
+    m_server->pushRadioConnected();
+    m_server->pushRadioDisconnected();
+    m_server->pushRadioFrequency(7030.5, QStringLiteral("LSB"));
+    m_server->pushFilterChanged();
+    m_server->pushConfigChanged();
+    m_server->pushLwConnected(QStringLiteral("127.0.0.1"), 2104);
+    m_server->pushLwDisconnected();
+    m_server->pushError(QStringLiteral("oops"));
+    QTRY_COMPARE(c.events.size(), 10);
+    QStringList got;
+    for (qsizetype i = 1; i < c.events.size(); ++i)
+        got << c.events.at(i).value(QLatin1String("event")).toString() + QLatin1Char(' ') +
+                   compact(c.events.at(i).value(QLatin1String("data")).toObject());
+    QCOMPARE(got.join(QLatin1Char('\n')), QStringLiteral(R"(spot.status.changed {"key":"K1|R|7","status":2}
+radio.connected {"freq_khz":14062.5,"mode":"CW"}
+radio.disconnected {}
+radio.frequency {"freq_khz":7030.5,"mode":"LSB"}
+filter.changed {}
+config.changed {}
+lw.connected {"host":"127.0.0.1","port":2104}
+lw.disconnected {}
+error {"message":"oops"})"));
+}
+
+// The first update goes out at once with the state of that moment; those
+// that follow within the hold time become one, carrying the latest state.
+// Without clients nothing is built at all.
+void TestWsServer::spotsUpdated()
+{
+    const auto *hold = m_server->findChild<QTimer *>(QStringLiteral("spotsUpdateTimer"));
+    QCOMPARE(hold->interval(), 250);
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    QTRY_COMPARE(c.events.size(), 1);
+    for (int n = 1; n <= 3; ++n) {
+        m_backend->visible = spots(n);
+        m_server->pushSpotsUpdated();
+    }
+    QTRY_COMPARE(c.eventData(QStringLiteral("spots.updated")).size(), 2);
+    QTRY_VERIFY(!hold->isActive());
+    QCoreApplication::processEvents();
+    QList<QJsonObject> updates = c.eventData(QStringLiteral("spots.updated"));
+    QCOMPARE(updates.size(), 2);
+    QCOMPARE(updates.at(0).value(QLatin1String("count")).toInt(), 1);
+    QCOMPARE(updates.at(1).value(QLatin1String("count")).toInt(), 3);
+    QCOMPARE(updates.at(1).value(QLatin1String("spots")).toArray().at(2)[QLatin1String("key")].toString(),
+             QStringLiteral("K2ABC||14064"));
+
+    m_backend->visible = spots(4); // after a quiet spell: at once again
+    m_server->pushSpotsUpdated();
+    m_backend->visible = spots(5);
+    QTRY_COMPARE(c.eventData(QStringLiteral("spots.updated")).size(), 3);
+    QCOMPARE(c.eventData(QStringLiteral("spots.updated")).at(2).value(QLatin1String("count")).toInt(), 4);
+
+    // Once the last client has gone, neither a merge nor a heartbeat builds anything.
+    c.socket.close();
+    QTRY_COMPARE(m_server->clientCount(), 0);
+    m_backend->reads = 0;
+    m_server->pushStatus();
+    m_server->pushSpotsUpdated();
+    m_server->pushRadioConnected();
+    QCOMPARE(m_backend->reads, 0);
+}
+
+void TestWsServer::originRule_data()
+{
+    QTest::addColumn<QString>("origin");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("program, no origin") << QString() << true;
+    QTest::newRow("localhost page") << QStringLiteral("http://localhost:8000") << true;
+    QTest::newRow("loopback https") << QStringLiteral("https://127.0.0.1") << true;
+    QTest::newRow("IPv6 loopback") << QStringLiteral("http://[::1]:3000") << true;
+    QTest::newRow("evil site") << QStringLiteral("https://evil.example") << false;
+    QTest::newRow("lookalike host") << QStringLiteral("http://localhost.evil.example") << false;
+    QTest::newRow("opaque origin") << QStringLiteral("null") << false;
+    QTest::newRow("other scheme") << QStringLiteral("ftp://localhost") << false;
+}
+
+void TestWsServer::originRule()
+{
+    QFETCH(QString, origin);
+    QFETCH(bool, accepted);
+    ApiClient c(origin);
+    QSignalSpy connected(&c.socket, &QWebSocket::connected);
+    QSignalSpy ended(&c.socket, &QWebSocket::disconnected);
+    c.open(m_server->port());
+    QTRY_VERIFY(connected.size() + ended.size() > 0);
+    QCOMPARE(connected.size(), accepted ? 1 : 0);
+    QTRY_COMPARE(m_server->clientCount(), accepted ? 1 : 0);
+}
+
+void TestWsServer::messageCap()
+{
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    const QByteArray head = R"({"type":"cmd","cmd":"status.get","id":")";
+    const qsizetype padding = WsServer::k_maxIncomingMessageBytes - head.size() - 2;
+    c.send(head + QByteArray(padding, 'x') + "\"}");
+    QTRY_COMPARE(c.replies.size(), 1);
+    QCOMPARE(c.replies.at(0).value(QLatin1String("id")).toString().size(), padding);
+
+    QSignalSpy ended(&c.socket, &QWebSocket::disconnected);
+    c.send(head + QByteArray(padding + 1, 'x') + "\"}");
+    QVERIFY(ended.wait(5000));
+    QCOMPARE(c.socket.closeCode(), QWebSocketProtocol::CloseCodeTooMuchData);
+    QCOMPARE(c.replies.size(), 1);
+    QTRY_COMPARE(m_server->clientCount(), 0);
+}
+
+// A client that never reads is dropped once its backlog passes the limit, not before.
+void TestWsServer::stalledReaderDropped()
+{
+    QTcpSocket raw;
+    raw.setReadBufferSize(4096);
+    raw.connectToHost(QHostAddress::LocalHost, m_server->port());
+    QVERIFY(raw.waitForConnected(5000));
+    raw.write("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+              "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
+    QTRY_COMPARE(m_server->clientCount(), 1);
+    QTest::qWait(50); // let the greeting go out, so broadcasts reach it
+    const QJsonObject megabyte{{QStringLiteral("blob"), QString(1024 * 1024, QLatin1Char('x'))}};
+    int sent = 0;
+    for (; sent < 64 && m_server->clientCount() == 1; ++sent) {
+        m_server->broadcast(QStringLiteral("bulk"), megabyte);
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(m_server->clientCount(), 0);
+    QVERIFY2(sent > 16, qPrintable(QString::number(sent)));
+}
+
+// 64 programs at once, a burst of 1,024 commands: every reply arrives, each
+// client's in the order it asked; the 65th client is turned away.
+void TestWsServer::burstFromMaxClients()
+{
+    m_backend->visible = spots(20);
+    std::vector<std::unique_ptr<ApiClient>> clients;
+    for (int i = 0; i < WsServer::k_maxClients; ++i) {
+        clients.push_back(std::make_unique<ApiClient>());
+        QVERIFY(clients.back()->connectTo(m_server->port()));
+    }
+    ApiClient extra;
+    QSignalSpy refused(&extra.socket, &QWebSocket::disconnected);
+    extra.open(m_server->port());
+    QVERIFY(refused.wait(5000));
+    QCOMPARE(extra.socket.closeCode(), QWebSocketProtocol::CloseCodePolicyViolated);
+    QCOMPARE(m_server->clientCount(), WsServer::k_maxClients);
+
+    const char *commands[] = {"status.get", "spots.get", "radio.get", "no.such"};
+    constexpr int rounds = 16;
+    for (int round = 0; round < rounds; ++round) {
+        for (size_t i = 0; i < clients.size(); ++i) {
+            clients[i]->send(QStringLiteral(R"({"type":"cmd","cmd":"%1","id":"%2"})")
+                                 .arg(QLatin1String(commands[(i + round) % 4]))
+                                 .arg(round)
+                                 .toUtf8());
+        }
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(std::all_of(clients.begin(), clients.end(),
+                                         [](const auto &c) { return c->replies.size() == rounds; }),
+                             30000);
+    for (size_t i = 0; i < clients.size(); ++i) {
+        for (int round = 0; round < rounds; ++round) {
+            const QJsonObject reply = clients[i]->replies.at(round);
+            QCOMPARE(reply.value(QLatin1String("id")).toString(), QString::number(round));
+            QCOMPARE(reply.value(QLatin1String("ok")).toBool(), (i + round) % 4 != 3);
+        }
+    }
+}
+
+void TestWsServer::stopAndListen()
+{
+    ApiClient c;
+    QVERIFY(c.connectTo(m_server->port()));
+    QSignalSpy ended(&c.socket, &QWebSocket::disconnected);
+    m_server->stopListening();
+    QCOMPARE(m_server->clientCount(), 0);
+    QVERIFY(!m_server->isListening());
+    QVERIFY(ended.wait(5000));
+    QCOMPARE(c.socket.closeCode(), QWebSocketProtocol::CloseCodeNormal);
+
+    QVERIFY(!m_server->listen(0, QStringLiteral("not an address")));
+    QVERIFY(!m_server->isListening());
+    QVERIFY(m_server->listen(0, QStringLiteral("localhost")));
+    QVERIFY(m_server->port() != 0);
+}
+
+TALLIS_TEST_MAIN(TestWsServer)
+#include "tst_wsserver.moc"

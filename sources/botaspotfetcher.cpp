@@ -4,6 +4,11 @@ BotaSpotFetcher::BotaSpotFetcher(QObject *parent)
     : SpotFetcher(parent)
 {}
 
+QString BotaSpotFetcher::sourceName() const
+{
+    return QStringLiteral("BOTA");
+}
+
 void BotaSpotFetcher::fetch()
 {}
 

@@ -12,6 +12,7 @@ class BotaSpotFetcher final : public SpotFetcher
 public:
     explicit BotaSpotFetcher(QObject *parent = nullptr);
 
+    QString sourceName() const override;
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 
 public slots:

@@ -1,70 +1,29 @@
 #include "sources/dxclusterfetcher.h"
 
-#include "sources/dxcc.h"
-
-#include <QRegularExpression>
 #include <QTcpSocket>
 #include <QTimer>
 
-#include <array>
+#include <utility>
 
 namespace {
 
-const QChar k_escape(0x1b);
-
-struct ModeCheck
-{
-    const char *word;
-    const char *mode;
-};
-
-// Searched in this order, first hit wins: FT8 beats CW in "FT8 CW", PSK31 beats PSK.
-constexpr ModeCheck k_modeChecks[] = {
-    {"FT8", "FT8"},   {"FT4", "FT4"},   {"RTTY", "RTTY"}, {"PSK31", "PSK31"}, {"PSK", "PSK"},
-    {"DIGI", "DIGI"}, {"DATA", "DATA"}, {"USB", "USB"},   {"LSB", "LSB"},     {"SSB", "SSB"},
-    {"CW", "CW"},     {"AM", "AM"},     {"FM", "FM"},
-};
-constexpr std::size_t k_modeCount = sizeof(k_modeChecks) / sizeof(k_modeChecks[0]);
-
-const std::array<QRegularExpression, k_modeCount> &modeExpressions()
-{
-    static const std::array<QRegularExpression, k_modeCount> expressions = [] {
-        std::array<QRegularExpression, k_modeCount> built;
-        for (std::size_t i = 0; i < k_modeCount; ++i) {
-            built[i] =
-                QRegularExpression(QStringLiteral("\\b(%1)\\b").arg(QLatin1String(k_modeChecks[i].word)),
-                                   QRegularExpression::CaseInsensitiveOption);
-            built[i].optimize();
-        }
-        return built;
-    }();
-    return expressions;
-}
-
-const QRegularExpression &spotLineExpression()
-{
-    static const QRegularExpression expression = [] {
-        QRegularExpression re(
-            QStringLiteral(
-                "^DX de ([A-Z0-9/]+):\\s+(\\d+(?:\\.\\d+)?)\\s+([A-Z0-9/]+)\\s*(.*?)\\s+(\\d{4})Z?\\s*$"),
-            QRegularExpression::CaseInsensitiveOption);
-        re.optimize();
-        return re;
-    }();
-    return expression;
-}
-
-bool isLoginPrompt(const QString &line)
+// "your call" ("Please enter your call: ") counts only before the login is
+// accepted: once in, a spot comment may well say it.
+bool isLoginPrompt(const QString &line, bool loggingIn)
 {
     return line.contains(QLatin1String("login:"), Qt::CaseInsensitive) ||
-           line.contains(QLatin1String("callsign:"), Qt::CaseInsensitive);
+           line.contains(QLatin1String("callsign:"), Qt::CaseInsensitive) ||
+           (loggingIn && line.contains(QLatin1String("your call"), Qt::CaseInsensitive));
 }
 
 bool isLoginRejection(const QString &line)
 {
+    // The last two as nodes refuse a call they do not know: "Sorry N0CALL is not a valid callsign".
     static const QLatin1String refusals[] = {
-        QLatin1String("invalid call"), QLatin1String("invalid callsign"), QLatin1String("access denied"),
-        QLatin1String("not allowed"),  QLatin1String("unauthorized"),     QLatin1String("refused"),
+        QLatin1String("invalid call"),  QLatin1String("invalid callsign"),
+        QLatin1String("access denied"), QLatin1String("not allowed"),
+        QLatin1String("unauthorized"),  QLatin1String("refused"),
+        QLatin1String("not a valid"),   QLatin1String("sorry"),
     };
     for (const QLatin1String &refusal : refusals) {
         if (line.contains(refusal, Qt::CaseInsensitive))
@@ -85,6 +44,8 @@ DxClusterFetcher::DxClusterFetcher(const QString &host, quint16 port, const QStr
     : QObject(parent)
     , m_socket(new QTcpSocket(this))
     , m_reconnectTimer(new QTimer(this))
+    , m_promptTimer(new QTimer(this))
+    , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
     , m_host(host)
     , m_port(port)
     , m_decoder(QStringDecoder::Utf8)
@@ -92,6 +53,8 @@ DxClusterFetcher::DxClusterFetcher(const QString &host, quint16 port, const QStr
     registerStationSpotMetaTypes();
     setCallsign(callsign);
     m_reconnectTimer->setSingleShot(true);
+    m_promptTimer->setSingleShot(true);
+    m_promptTimer->setInterval(k_promptWindowMs);
     // A flooding node is held back by TCP rather than by our memory, and one
     // read never keeps the event loop busy for long.
     m_socket->setReadBufferSize(k_readChunkBytes);
@@ -101,6 +64,7 @@ DxClusterFetcher::DxClusterFetcher(const QString &host, quint16 port, const QStr
     connect(m_socket, &QTcpSocket::readyRead, this, &DxClusterFetcher::onSocketReadyRead);
     connect(m_socket, &QTcpSocket::errorOccurred, this, &DxClusterFetcher::onSocketError);
     connect(m_reconnectTimer, &QTimer::timeout, this, &DxClusterFetcher::onReconnectTimer);
+    connect(m_promptTimer, &QTimer::timeout, this, &DxClusterFetcher::onPromptWaitOver);
 }
 
 DxClusterFetcher::~DxClusterFetcher()
@@ -123,6 +87,16 @@ void DxClusterFetcher::setHost(const QString &host, quint16 port)
 void DxClusterFetcher::setCallsign(const QString &call)
 {
     m_callsign = call.toUpper().trimmed();
+}
+
+void DxClusterFetcher::setClock(Clock clock)
+{
+    m_clock = std::move(clock);
+}
+
+bool DxClusterFetcher::isWaitingForPrompt() const
+{
+    return m_promptTimer->isActive() && m_clock() - m_connectedAtMs < k_promptWindowMs;
 }
 
 bool DxClusterFetcher::isReconnectPending() const
@@ -170,9 +144,7 @@ bool DxClusterFetcher::canStartConnection()
 void DxClusterFetcher::startConnection()
 {
     m_reconnectTimer->stop();
-    ++m_session;
-    m_buffer.clear();
-    m_discardingLine = false;
+    endSessionState();
     m_decoder.resetState();
     m_state = Connecting;
     emit fetchStarted();
@@ -184,12 +156,21 @@ void DxClusterFetcher::startConnection()
 void DxClusterFetcher::stopSession()
 {
     m_reconnectTimer->stop();
-    ++m_session;
+    endSessionState();
     m_state = Disconnected;
-    m_buffer.clear();
     m_socket->disconnectFromHost();
     if (m_socket->state() != QAbstractSocket::UnconnectedState)
         m_socket->abort();
+}
+
+void DxClusterFetcher::endSessionState()
+{
+    ++m_session;
+    m_buffer.clear();
+    m_discardingLine = false;
+    m_promptTimer->stop();
+    m_promptSeen = false;
+    m_heldLines.clear();
 }
 
 void DxClusterFetcher::scheduleReconnect()
@@ -206,27 +187,38 @@ QString DxClusterFetcher::addressText() const
     return QStringLiteral("%1:%2").arg(m_host).arg(m_port);
 }
 
+QString DxClusterFetcher::loginCall() const
+{
+    return m_callsign.isEmpty() ? QStringLiteral("GUEST") : m_callsign;
+}
+
 void DxClusterFetcher::sendLogin()
 {
     // Nodes differ in their prompts, so the call goes out at once and again
     // at every prompt.
-    const QString call = m_callsign.isEmpty() ? QStringLiteral("GUEST") : m_callsign;
-    m_socket->write((call + QLatin1String("\r\n")).toUtf8());
+    m_socket->write((loginCall() + QLatin1String("\r\n")).toUtf8());
 }
 
 void DxClusterFetcher::onSocketConnected()
 {
+    // Lines to the node are few and short: each goes out at once, not held
+    // back until the node acknowledges the one before.
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_state = LoggingIn;
+    m_connectedAtMs = m_clock();
+    m_promptTimer->start();
     sendLogin();
 }
 
 void DxClusterFetcher::onSocketDisconnected()
 {
+    if (refusedBeforeClosing())
+        return;
     const State oldState = m_state;
-    ++m_session;
+    endSessionState();
     m_state = Disconnected;
-    m_buffer.clear();
-    m_discardingLine = false;
+    if (oldState == LoggedIn && m_clock() - m_loggedInAtMs >= k_steadySessionMs)
+        m_reconnectDelayMs = k_initialReconnectDelayMs;
     if (oldState == LoggingIn || oldState == LoggedIn ||
         m_socket->error() == QAbstractSocket::RemoteHostClosedError)
         emit connectionChanged(false);
@@ -234,9 +226,21 @@ void DxClusterFetcher::onSocketDisconnected()
         scheduleReconnect();
 }
 
+bool DxClusterFetcher::refusedBeforeClosing()
+{
+    // A node that refuses without prompting says so and closes at once,
+    // while its lines still wait for the prompt window to close.
+    if (m_state != LoggingIn || m_heldLines.isEmpty() || !isLoginRejection(m_heldLines.constFirst()))
+        return false;
+    rejectLogin(m_heldLines.constFirst());
+    return true;
+}
+
 void DxClusterFetcher::onSocketError(QAbstractSocket::SocketError socketError)
 {
     Q_UNUSED(socketError)
+    if (refusedBeforeClosing())
+        return;
     emit fetchError(QStringLiteral("%1 \u2014 %2").arg(addressText(), m_socket->errorString()));
     if (m_state != LoggedIn && !m_stopped) {
         m_state = Disconnected;
@@ -277,6 +281,101 @@ void DxClusterFetcher::onSocketReadyRead()
         m_buffer.clear();
         m_discardingLine = true;
     }
+    answerPartialPrompt();
+}
+
+void DxClusterFetcher::answerPartialPrompt()
+{
+    // A prompt comes without a line feed and the node then waits for the call.
+    if (m_state != LoggingIn || m_discardingLine || m_buffer.isEmpty())
+        return;
+    const QString text = stripAnsi(m_buffer).trimmed();
+    if (!text.endsWith(QLatin1Char(':')) && !text.endsWith(QLatin1Char('>')))
+        return;
+    if (!isLoginPrompt(text, true))
+        return;
+    m_buffer.clear();
+    answerPrompt();
+}
+
+void DxClusterFetcher::answerPrompt()
+{
+    if (m_state == LoggingIn && !m_promptSeen) {
+        if (m_clock() - m_connectedAtMs <= k_promptWindowMs) {
+            // What came before was a banner.
+            m_promptSeen = true;
+            m_heldLines.clear();
+            m_promptTimer->stop();
+        } else if (!m_heldLines.isEmpty()) {
+            judgeHeldLines(); // too late to make a banner of them
+            if (m_state != LoggedIn)
+                return;
+        }
+    }
+    sendLogin();
+}
+
+void DxClusterFetcher::onPromptWaitOver()
+{
+    // May also be invoked directly; the window is over either way.
+    m_promptTimer->stop();
+    if (m_state == LoggingIn && !m_heldLines.isEmpty())
+        judgeHeldLines();
+}
+
+void DxClusterFetcher::judgeHeldLines()
+{
+    m_promptTimer->stop();
+    const QStringList held = std::exchange(m_heldLines, QStringList());
+    if (!acceptOrReject(held.first()))
+        return;
+    const quint64 session = m_session;
+    for (const QString &line : held) {
+        handleSpotLine(line);
+        if (m_session != session || m_state != LoggedIn)
+            return;
+    }
+}
+
+bool DxClusterFetcher::passLoginPhase(const QString &line)
+{
+    // A node that echoes what it is sent repeats the call; that is no answer.
+    if (line.compare(loginCall(), Qt::CaseInsensitive) == 0)
+        return false;
+    // A banner is a few dozen lines; a node that sends more is not waiting
+    // to prompt, and its lines are not kept for ever.
+    if (isWaitingForPrompt() && m_heldLines.size() < k_maxBannerLines) {
+        m_heldLines.append(line);
+        return false;
+    }
+    if (!m_heldLines.isEmpty()) {
+        judgeHeldLines();
+        return m_state == LoggedIn;
+    }
+    return acceptOrReject(line);
+}
+
+void DxClusterFetcher::rejectLogin(const QString &line)
+{
+    emit fetchError(QStringLiteral("%1 \u2014 login rejected: %2").arg(addressText(), line));
+    m_stopped = true;
+    // The session ends here; the closing socket has nothing more to report.
+    const QSignalBlocker quiet(m_socket);
+    stopSession();
+}
+
+bool DxClusterFetcher::acceptOrReject(const QString &line)
+{
+    if (isLoginRejection(line)) {
+        rejectLogin(line);
+        return false;
+    }
+    m_promptTimer->stop();
+    m_state = LoggedIn;
+    m_loggedInAtMs = m_clock();
+    m_socket->write("SET/DX\r\n");
+    emit connectionChanged(true);
+    return m_state == LoggedIn; // a receiver may have ended the session
 }
 
 void DxClusterFetcher::processLine(const QString &rawLine)
@@ -285,93 +384,20 @@ void DxClusterFetcher::processLine(const QString &rawLine)
     if (line.isEmpty())
         return;
 
-    if (isLoginPrompt(line)) {
-        sendLogin();
+    if (isLoginPrompt(line, m_state == LoggingIn)) {
+        answerPrompt();
         return;
     }
+    if (m_state == LoggingIn && !passLoginPhase(line))
+        return;
+    handleSpotLine(line);
+}
 
-    if (m_state == LoggingIn) {
-        if (isLoginRejection(line)) {
-            emit fetchError(QStringLiteral("%1 \u2014 login rejected: %2").arg(addressText(), line));
-            m_stopped = true;
-            stopSession();
-            return;
-        }
-        m_state = LoggedIn;
-        m_reconnectDelayMs = k_initialReconnectDelayMs;
-        m_socket->write("SET/DX\r\n");
-        emit connectionChanged(true);
-        if (m_state != LoggedIn)
-            return; // a receiver ended the session
-    }
-
+void DxClusterFetcher::handleSpotLine(const QString &line)
+{
     if (line.startsWith(QLatin1String("DX de "), Qt::CaseInsensitive)) {
         StationSpot spot = parseDxLine(line);
         if (spot.frequencyKhz > 0 && !spot.callsign.isEmpty())
             emit spotsReady(QList<StationSpot>{std::move(spot)});
     }
-}
-
-QString DxClusterFetcher::stripAnsi(const QString &text)
-{
-    if (!text.contains(k_escape))
-        return text;
-    static const QRegularExpression ansi(QStringLiteral("\\x1b\\[[0-9;]*[mK]"));
-    QString stripped = text;
-    stripped.remove(ansi);
-    return stripped;
-}
-
-QString DxClusterFetcher::extractMode(const QString &comment)
-{
-    const auto &expressions = modeExpressions();
-    for (std::size_t i = 0; i < k_modeCount; ++i) {
-        if (expressions[i].match(comment).hasMatch())
-            return QString::fromLatin1(k_modeChecks[i].mode);
-    }
-    return {};
-}
-
-QDateTime DxClusterFetcher::spotTimeUtc(int hhmm, const QDateTime &nowUtc)
-{
-    if (hhmm < 0)
-        return {};
-    const QTime clock(hhmm / 100, hhmm % 100);
-    if (!clock.isValid())
-        return {};
-    const QDateTime now = nowUtc.toUTC();
-    QDateTime stamp(now.date(), clock, Qt::UTC);
-    // A spot stamped 2359 and received at 0001 belongs to yesterday.
-    if (now.secsTo(stamp) > 43200)
-        stamp = stamp.addDays(-1);
-    return stamp;
-}
-
-StationSpot DxClusterFetcher::parseDxLine(const QString &line)
-{
-    return parseDxLine(line, QDateTime::currentDateTimeUtc());
-}
-
-StationSpot DxClusterFetcher::parseDxLine(const QString &line, const QDateTime &nowUtc)
-{
-    const QRegularExpressionMatch match = spotLineExpression().match(line.trimmed());
-    if (!match.hasMatch())
-        return {};
-
-    bool numberOk = false;
-    const double frequencyKhz = match.capturedView(2).toDouble(&numberOk);
-    const QString dxCall = match.captured(3).toUpper();
-    if (!numberOk || !(frequencyKhz > 0) || dxCall.isEmpty())
-        return {};
-
-    StationSpot spot;
-    spot.source = StationSpot::DX;
-    spot.callsign = dxCall;
-    spot.referenceName = dxEntityForCallsign(dxCall);
-    spot.frequencyKhz = frequencyKhz;
-    spot.spotter = match.captured(1).toUpper();
-    spot.comments = match.captured(4).trimmed();
-    spot.mode = extractMode(spot.comments);
-    spot.spotTime = spotTimeUtc(match.capturedView(5).toInt(), nowUtc);
-    return spot;
 }

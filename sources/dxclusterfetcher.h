@@ -8,6 +8,9 @@
 #include <QObject>
 #include <QString>
 #include <QStringDecoder>
+#include <QStringList>
+
+#include <functional>
 
 class QTcpSocket;
 class QTimer;
@@ -16,6 +19,12 @@ class QTimer;
 // asks for DX spots and turns every "DX de" line into a one-spot batch. It
 // offers the signals of the web fetchers so the window can wire it alike, and
 // reconnects by itself with a growing delay until it is told to stop.
+//
+// Real nodes greet with banner lines and then prompt for the call without a
+// line feed. A prompt seen within k_promptWindowMs of connecting makes the
+// lines before it a banner: the login is judged on the first line after the
+// call went out in answer. A node that prompts nothing is judged on its first
+// line, once that window has passed.
 class DxClusterFetcher final : public QObject
 {
     Q_OBJECT
@@ -33,6 +42,14 @@ public:
     // line feed is not a line and is dropped rather than buffered for ever.
     static constexpr qsizetype k_maxLineChars = 16384;
     static constexpr qint64 k_readChunkBytes = 64 * 1024;
+    static constexpr int k_promptWindowMs = 2000;
+    static constexpr qsizetype k_maxBannerLines = 200;
+    // A session shorter than this was no success: the back-off goes on
+    // growing, so a node that accepts and drops at once is not hammered.
+    static constexpr qint64 k_steadySessionMs = 60000;
+
+    // Milliseconds since the Unix epoch; tests hand in their own.
+    using Clock = std::function<qint64()>;
 
     explicit DxClusterFetcher(QObject *parent = nullptr);
     DxClusterFetcher(const QString &host, quint16 port, const QString &callsign, QObject *parent = nullptr);
@@ -49,6 +66,11 @@ public:
 
     bool isConnected() const { return m_state == LoggedIn; }
     State state() const { return m_state; }
+    void setClock(Clock clock);
+
+    // Whether lines of a fresh connection wait for a prompt to show whether
+    // they are a banner (at most k_promptWindowMs).
+    bool isWaitingForPrompt() const;
 
     // Reconnection back-off: whether a retry is pending, the wait it was
     // scheduled with, and the wait the next scheduled retry will use.
@@ -85,18 +107,33 @@ private slots:
     void onSocketReadyRead();
     void onSocketError(QAbstractSocket::SocketError socketError);
     void onReconnectTimer();
+    void onPromptWaitOver();
 
 private:
     bool canStartConnection(); // reports a missing host
     void startConnection();
     void processLine(const QString &line);
+    void answerPrompt();
+    void answerPartialPrompt();
+    // The login phase's part of a line: false when the line ends there.
+    bool passLoginPhase(const QString &line);
+    bool acceptOrReject(const QString &line);
+    void rejectLogin(const QString &line);
+    bool refusedBeforeClosing();
+    void judgeHeldLines();
+    void handleSpotLine(const QString &line);
+    QString loginCall() const;
     void sendLogin();
     void stopSession();
+    // Forgets everything of the session that ends or begins.
+    void endSessionState();
     void scheduleReconnect();
     QString addressText() const;
 
     QTcpSocket *m_socket;
     QTimer *m_reconnectTimer;
+    QTimer *m_promptTimer; // runs while lines may still turn out to be a banner
+    Clock m_clock;
     QString m_host;
     quint16 m_port = k_defaultPort;
     QString m_callsign;
@@ -106,5 +143,9 @@ private:
     quint64 m_session = 0; // changes whenever a connection starts or ends
     int m_reconnectDelayMs = k_initialReconnectDelayMs;
     bool m_stopped = false;
+    bool m_promptSeen = false; // within the window, this connection
+    QStringList m_heldLines;   // waiting for the window to close
+    qint64 m_connectedAtMs = 0;
+    qint64 m_loggedInAtMs = 0;
     State m_state = Disconnected;
 };

@@ -1,6 +1,6 @@
 #include "sources/gmaspotfetcher.h"
 
-#include "sources/spotjson.h"
+#include "sources/servicejson.h"
 
 namespace {
 
@@ -31,28 +31,37 @@ void GmaSpotFetcher::fetch()
     sendGet(QStringLiteral("/api/spots/gma/"));
 }
 
+QString GmaSpotFetcher::sourceName() const
+{
+    return QStringLiteral("GMA");
+}
+
 QList<StationSpot> GmaSpotFetcher::parseResponse(const QByteArray &body)
 {
-    QString error;
-    const std::optional<QJsonObject> document = SpotJson::parseObject(body, QStringLiteral("GMA"), &error);
-    if (!document) {
-        emit fetchError(error);
+    return parseReporting(body, &GmaSpotFetcher::parseSpots);
+}
+
+QList<StationSpot> GmaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
+{
+    const std::optional<QJsonObject> document = ServiceJson::parseObject(body, QStringLiteral("GMA"), error);
+    if (!document)
         return {};
-    }
 
     const QJsonArray records = document->value(QStringLiteral("RCD")).toArray();
-    return SpotJson::collectSpots(records, [](const QJsonObject &object) {
+    return ServiceJson::collectSpots(records, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::GMA;
-        spot.callsign = SpotJson::text(object, QStringLiteral("ACTIVATOR")).toUpper();
-        spot.reference = SpotJson::text(object, QStringLiteral("REF"));
-        spot.referenceName = SpotJson::text(object, QStringLiteral("NAME"));
-        spot.mode = SpotJson::text(object, QStringLiteral("MODE")).toUpper();
-        spot.spotter = SpotJson::text(object, QStringLiteral("SPOTTER")).toUpper();
-        spot.comments = SpotJson::text(object, QStringLiteral("TEXT"));
-        spot.frequencyKhz = SpotJson::textToKhz(SpotJson::text(object, QStringLiteral("QRG")));
-        spot.spotTime = gmaTime(SpotJson::text(object, QStringLiteral("DATE")),
-                                SpotJson::text(object, QStringLiteral("TIME")));
+        spot.callsign = ServiceJson::text(object, QStringLiteral("ACTIVATOR")).toUpper();
+        spot.reference = ServiceJson::text(object, QStringLiteral("REF"));
+        spot.referenceName = ServiceJson::text(object, QStringLiteral("NAME"));
+        spot.mode = ServiceJson::text(object, QStringLiteral("MODE")).toUpper();
+        spot.spotter = ServiceJson::text(object, QStringLiteral("SPOTTER")).toUpper();
+        spot.comments = ServiceJson::text(object, QStringLiteral("TEXT"));
+        // MHz or kHz, as text or, from some service versions, as a number.
+        spot.frequencyKhz =
+            ServiceJson::mhzOrKhzToKhz(ServiceJson::frequency(object.value(QStringLiteral("QRG"))));
+        spot.spotTime = gmaTime(ServiceJson::text(object, QStringLiteral("DATE")),
+                                ServiceJson::text(object, QStringLiteral("TIME")));
         return spot;
     });
 }

@@ -1,13 +1,16 @@
 #include "sources/potaspotfetcher.h"
 
 #include "model/stationmodel.h"
-#include "sources/spotjson.h"
-
-#include <cmath>
+#include "sources/servicejson.h"
 
 PotaSpotFetcher::PotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
     : SpotFetcher(parent, serviceUrl)
 {}
+
+QString PotaSpotFetcher::sourceName() const
+{
+    return QStringLiteral("POTA");
+}
 
 void PotaSpotFetcher::fetch()
 {
@@ -16,34 +19,26 @@ void PotaSpotFetcher::fetch()
 
 QList<StationSpot> PotaSpotFetcher::parseResponse(const QByteArray &body)
 {
-    QString error;
-    QList<StationSpot> spots = parseSpots(body, &error);
-    if (!error.isEmpty())
-        emit fetchError(error);
-    return spots;
+    return parseReporting(body, &PotaSpotFetcher::parseSpots);
 }
 
 QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
 {
-    QString fault;
-    const std::optional<QJsonArray> array = SpotJson::parseArray(body, QStringLiteral("POTA"), &fault);
-    if (!array) {
-        if (error)
-            *error = fault;
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("POTA"), error);
+    if (!array)
         return {};
-    }
 
-    return SpotJson::collectSpots(*array, [](const QJsonObject &object) {
+    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::POTA;
-        spot.callsign = SpotJson::text(object, QStringLiteral("activator"));
-        spot.reference = SpotJson::text(object, QStringLiteral("reference"));
-        spot.referenceName = SpotJson::text(object, QStringLiteral("name"));
-        spot.mode = SpotJson::text(object, QStringLiteral("mode")).toUpper();
-        spot.spotter = SpotJson::text(object, QStringLiteral("spotter"));
-        spot.comments = SpotJson::text(object, QStringLiteral("comments"));
-        spot.locationDesc = SpotJson::text(object, QStringLiteral("locationDesc"));
-        spot.grid = SpotJson::text(object, QStringLiteral("grid6"));
+        spot.callsign = ServiceJson::text(object, QStringLiteral("activator"));
+        spot.reference = ServiceJson::text(object, QStringLiteral("reference"));
+        spot.referenceName = ServiceJson::text(object, QStringLiteral("name"));
+        spot.mode = ServiceJson::text(object, QStringLiteral("mode")).toUpper();
+        spot.spotter = ServiceJson::text(object, QStringLiteral("spotter"));
+        spot.comments = ServiceJson::text(object, QStringLiteral("comments"));
+        spot.locationDesc = ServiceJson::text(object, QStringLiteral("locationDesc"));
+        spot.grid = ServiceJson::text(object, QStringLiteral("grid6"));
         double lat = 0.0;
         double lon = 0.0;
         if (StationModel::gridToLatLon(spot.grid, lat, lon)) {
@@ -51,11 +46,10 @@ QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *
             spot.lat = lat;
             spot.lon = lon;
         }
-        // Always kHz on this service; "nan" and "inf" convert, but are no frequency.
-        bool ok = false;
-        const double khz = SpotJson::text(object, QStringLiteral("frequency")).toDouble(&ok);
-        spot.frequencyKhz = ok && std::isfinite(khz) ? khz : 0.0;
-        spot.spotTime = SpotJson::isoTimeAssumingUtc(SpotJson::text(object, QStringLiteral("spotTime")));
+        // Always kHz on this service, as text or as a number.
+        spot.frequencyKhz = ServiceJson::frequency(object.value(QStringLiteral("frequency")));
+        spot.spotTime =
+            ServiceJson::isoTimeAssumingUtc(ServiceJson::text(object, QStringLiteral("spotTime")));
         return spot;
     });
 }

@@ -14,6 +14,7 @@ public:
     explicit PotaSpotFetcher(QObject *parent = nullptr,
                              const QUrl &serviceUrl = QUrl(QString::fromLatin1(k_defaultUrl)));
 
+    QString sourceName() const override;
     QList<StationSpot> parseResponse(const QByteArray &body) override;
 
     // The parser itself, free of the fetcher: on a fault *error gets the

@@ -1,37 +1,89 @@
 #include "sources/sotaspotfetcher.h"
 
-#include "sources/spotjson.h"
+#include "sources/servicejson.h"
+
+namespace {
+
+// The older service sends the summit code without its association
+// ("SE-029" and "W5N"); the current one sends the whole reference.
+QString summitReference(const QJsonObject &object)
+{
+    const QString code = ServiceJson::text(object, QStringLiteral("summitCode"));
+    const QString association = ServiceJson::text(object, QStringLiteral("associationCode"));
+    if (code.contains(QLatin1Char('/')) || association.isEmpty())
+        return code;
+    return association + QLatin1Char('/') + code;
+}
+
+// The current service names the summit in "summitName"; the older one
+// described it in "summitDetails".
+QString summitName(const QJsonObject &object)
+{
+    const QString details = ServiceJson::text(object, QStringLiteral("summitDetails"));
+    return details.isEmpty() ? ServiceJson::text(object, QStringLiteral("summitName")) : details;
+}
+
+} // namespace
 
 SotaSpotFetcher::SotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
     : SpotFetcher(parent, serviceUrl)
 {}
 
+QString SotaSpotFetcher::sourceName() const
+{
+    return QStringLiteral("SOTA");
+}
+
 void SotaSpotFetcher::fetch()
 {
-    sendGet(QStringLiteral("/api/spots/-72"));
+    if (!beginFetch())
+        return;
+    // The epoch is a few bytes; the list is the heavy part, so it is only
+    // asked for when the epoch moved. Without an epoch the list is asked for anyway.
+    requestText(QStringLiteral("/api/spots/epoch"), [this](std::optional<QByteArray> answer) {
+        const QByteArray epoch = answer.value_or(QByteArray()).trimmed();
+        if (!epoch.isEmpty() && epoch == m_lastEpoch) {
+            emitLastSpots();
+            return;
+        }
+        requestSpots(QStringLiteral("/api/spots/-72"), [this, epoch] { m_lastEpoch = epoch; });
+    });
 }
 
 QList<StationSpot> SotaSpotFetcher::parseResponse(const QByteArray &body)
 {
-    QString error;
-    const std::optional<QJsonArray> array = SpotJson::parseArray(body, QStringLiteral("SOTA"), &error);
-    if (!array) {
-        emit fetchError(error);
-        return {};
-    }
+    return parseReporting(body, &SotaSpotFetcher::parseSpots);
+}
 
-    return SpotJson::collectSpots(*array, [](const QJsonObject &object) {
+QList<StationSpot> SotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
+{
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("SOTA"), error);
+    if (!array)
+        return {};
+
+    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
+        // The service marks spots posted to try it out; they are no activation.
+        const QString type = ServiceJson::text(object, QStringLiteral("type"));
+        if (type.compare(QLatin1String("TEST"), Qt::CaseInsensitive) == 0)
+            return spot; // without a call sign, so it is dropped
         spot.source = StationSpot::SOTA;
-        spot.callsign = SpotJson::text(object, QStringLiteral("activatorCallsign"));
-        spot.reference = SpotJson::text(object, QStringLiteral("summitCode"));
-        spot.referenceName = SpotJson::text(object, QStringLiteral("summitDetails"));
-        spot.mode = SpotJson::text(object, QStringLiteral("mode")).toUpper();
+        spot.callsign = ServiceJson::text(object, QStringLiteral("activatorCallsign"));
+        spot.reference = summitReference(object);
+        spot.referenceName = summitName(object);
+        spot.mode = ServiceJson::text(object, QStringLiteral("mode")).toUpper();
         // "callsign" is whoever posted the spot, not the activator.
-        spot.spotter = SpotJson::text(object, QStringLiteral("callsign"));
-        spot.comments = SpotJson::text(object, QStringLiteral("comments"));
-        spot.frequencyKhz = SpotJson::textToKhz(SpotJson::text(object, QStringLiteral("frequency")));
-        spot.spotTime = SpotJson::isoTimeAssumingUtc(SpotJson::text(object, QStringLiteral("timeStamp")));
+        spot.spotter = ServiceJson::text(object, QStringLiteral("callsign"));
+        spot.comments = ServiceJson::text(object, QStringLiteral("comments"));
+        // The service marks an activator gone off the air in "type"; the
+        // comment carries it to the table and the filters, as for WWBOTA.
+        if (type.compare(QLatin1String("QRT"), Qt::CaseInsensitive) == 0)
+            spot.comments = ServiceJson::qrtComment(spot.comments);
+        // MHz now as a number, formerly as text, sometimes with a decimal comma.
+        spot.frequencyKhz = ServiceJson::mhzOrKhzToKhz(ServiceJson::frequency(
+            object.value(QStringLiteral("frequency")), ServiceJson::DecimalComma::Accepted));
+        spot.spotTime =
+            ServiceJson::isoTimeAssumingUtc(ServiceJson::text(object, QStringLiteral("timeStamp")));
 
         const QJsonValue lat = object.value(QStringLiteral("highlat"));
         const QJsonValue lon = object.value(QStringLiteral("highlon"));

@@ -1,15 +1,50 @@
 #include "sources/spotfetcher.h"
 
+#include <QDateTime>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
+
+namespace {
+
+// Retry-After is either whole seconds or an HTTP date; nothing for a header
+// that is absent, unreadable or asks for no wait at all.
+std::optional<qint64> retryAfterSecs(const QByteArray &header, qint64 nowMs)
+{
+    const QByteArray text = header.trimmed();
+    if (text.isEmpty())
+        return std::nullopt;
+    bool isNumber = false;
+    qint64 secs = text.toLongLong(&isNumber);
+    if (!isNumber) {
+        // HTTP dates end in "GMT", which the RFC 2822 reader does not take for a zone.
+        QString date = QString::fromLatin1(text);
+        if (date.endsWith(QLatin1String(" GMT")))
+            date.replace(date.size() - 3, 3, QStringLiteral("+0000"));
+        const QDateTime until = QDateTime::fromString(date, Qt::RFC2822Date);
+        if (!until.isValid())
+            return std::nullopt;
+        secs = (until.toMSecsSinceEpoch() - nowMs + 999) / 1000;
+    }
+    if (secs <= 0)
+        return std::nullopt;
+    return qMin(secs, SpotFetcher::k_maxRetryAfterSecs);
+}
+
+int httpStatus(QNetworkReply *reply)
+{
+    return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+} // namespace
 
 SpotFetcher::SpotFetcher(QObject *parent, const QUrl &serviceUrl)
     : QObject(parent)
     , m_network(new QNetworkAccessManager(this))
     , m_refreshTimer(new QTimer(this))
     , m_serviceUrl(serviceUrl)
+    , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
 {
     registerStationSpotMetaTypes();
     m_refreshTimer->setSingleShot(false);
@@ -45,27 +80,151 @@ int SpotFetcher::refreshIntervalMs() const
 void SpotFetcher::setServiceUrl(const QUrl &url)
 {
     m_serviceUrl = url;
+    m_validators.clear(); // they belong to the other server
+}
+
+void SpotFetcher::setClock(Clock clock)
+{
+    m_clock = std::move(clock);
+}
+
+bool SpotFetcher::beginFetch()
+{
+    if (m_quietUntilMs > m_clock())
+        return false;
+    emit fetchStarted();
+    return true;
 }
 
 void SpotFetcher::sendGet(const QString &path)
 {
-    emit fetchStarted();
+    if (beginFetch())
+        requestSpots(path);
+}
+
+QNetworkReply *SpotFetcher::get(const QString &path)
+{
     QUrl url = m_serviceUrl;
     url.setPath(path);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::UserAgentHeader, QString::fromLatin1(k_userAgent));
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    QNetworkReply *reply = m_network->get(request);
-    connect(reply, &QNetworkReply::finished, this, [this, reply] { handleNetworkReply(reply); });
+    const Validators validators = m_validators.value(path);
+    if (!validators.etag.isEmpty())
+        request.setRawHeader("If-None-Match", validators.etag);
+    if (!validators.lastModified.isEmpty())
+        request.setRawHeader("If-Modified-Since", validators.lastModified);
+    return m_network->get(request);
 }
 
-void SpotFetcher::handleNetworkReply(QNetworkReply *reply)
+void SpotFetcher::requestSpots(const QString &path, std::function<void()> onFresh)
+{
+    QNetworkReply *reply = get(path);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, onFresh = std::move(onFresh)] {
+        if (handleNetworkReply(reply) && onFresh)
+            onFresh();
+    });
+}
+
+void SpotFetcher::requestText(const QString &path, TextHandler done)
+{
+    QNetworkReply *reply = get(path);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, path, done = std::move(done)] {
+        reply->deleteLater();
+        if (handleRefusal(reply))
+            return;
+        if (reply->error() != QNetworkReply::NoError) {
+            done(std::nullopt);
+        } else if (isNotModified(reply)) {
+            done(m_validators.value(path).body);
+        } else {
+            const QByteArray body = reply->readAll();
+            remember(path, reply, body);
+            done(body);
+        }
+    });
+}
+
+void SpotFetcher::emitLastSpots()
+{
+    emit spotsReady(m_lastSpots);
+}
+
+QList<StationSpot> SpotFetcher::parseReporting(const QByteArray &body, Parser parser)
+{
+    QString error;
+    QList<StationSpot> spots = parser(body, &error);
+    if (!error.isEmpty()) {
+        m_parseFaulted = true;
+        emit fetchError(error);
+    }
+    return spots;
+}
+
+bool SpotFetcher::handleNetworkReply(QNetworkReply *reply)
 {
     reply->deleteLater();
+    if (handleRefusal(reply))
+        return false;
     if (reply->error() != QNetworkReply::NoError) {
         emit fetchError(reply->errorString());
-        return;
+        return false;
     }
+    // Nothing changed since the last answer: that batch is still the news.
+    if (isNotModified(reply)) {
+        emitLastSpots();
+        return true;
+    }
+    const QString path = reply->request().url().path();
     const QByteArray body = reply->readAll();
-    emit spotsReady(parseResponse(body));
+    m_parseFaulted = false;
+    QList<StationSpot> spots = parseResponse(body);
+    const bool fresh = !m_parseFaulted;
+    if (fresh) {
+        remember(path, reply, QByteArray());
+        m_lastSpots = spots;
+    } else {
+        m_validators.remove(path); // a faulty answer must be fetched whole again
+    }
+    emit spotsReady(spots);
+    return fresh;
+}
+
+bool SpotFetcher::isNotModified(QNetworkReply *reply) const
+{
+    return httpStatus(reply) == 304;
+}
+
+void SpotFetcher::remember(const QString &path, QNetworkReply *reply, const QByteArray &body)
+{
+    Validators validators{reply->rawHeader("ETag"), reply->rawHeader("Last-Modified"), body};
+    if (validators.etag.isEmpty() && validators.lastModified.isEmpty())
+        m_validators.remove(path);
+    else
+        m_validators.insert(path, validators);
+}
+
+bool SpotFetcher::handleRefusal(QNetworkReply *reply)
+{
+    const int status = httpStatus(reply);
+    if (status != 429 && status != 503)
+        return false;
+    const qint64 now = m_clock();
+    const std::optional<qint64> wait = retryAfterSecs(reply->rawHeader("Retry-After"), now);
+    if (!wait)
+        return false;
+    const bool wasQuiet = m_quietUntilMs > now;
+    m_quietUntilMs = qMax(m_quietUntilMs, now + *wait * 1000);
+    emit fetchError(reply->errorString());
+    if (!wasQuiet)
+        emit notice(waitNotice());
+    return true;
+}
+
+QString SpotFetcher::waitNotice() const
+{
+    const QString until =
+        QDateTime::fromMSecsSinceEpoch(m_quietUntilMs).toLocalTime().toString(QStringLiteral("HH:mm:ss"));
+    return QStringLiteral("The %1 oracle begs a respite \u2014 we leave it in peace until %2.")
+        .arg(sourceName(), until);
 }

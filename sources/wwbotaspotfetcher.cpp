@@ -1,6 +1,6 @@
 #include "sources/wwbotaspotfetcher.h"
 
-#include "sources/spotjson.h"
+#include "sources/servicejson.h"
 
 namespace {
 
@@ -16,16 +16,6 @@ QDateTime parseActivationTime(const QString &text)
     return time;
 }
 
-QString activationComment(const QJsonObject &activation)
-{
-    const QString comment = SpotJson::text(activation, QStringLiteral("comment"));
-    const QString type = SpotJson::text(activation, QStringLiteral("type"));
-    if (type.compare(QLatin1String("QRT"), Qt::CaseInsensitive) != 0)
-        return comment;
-    // Marking the comment lets the table and the filters see the station has gone.
-    return comment.isEmpty() ? QStringLiteral("QRT") : QStringLiteral("QRT ") + comment;
-}
-
 } // namespace
 
 WwbotaSpotFetcher::WwbotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
@@ -37,14 +27,21 @@ void WwbotaSpotFetcher::fetch()
     sendGet(QStringLiteral("/spots/"));
 }
 
+QString WwbotaSpotFetcher::sourceName() const
+{
+    return QStringLiteral("WWBOTA");
+}
+
 QList<StationSpot> WwbotaSpotFetcher::parseResponse(const QByteArray &body)
 {
-    QString error;
-    const std::optional<QJsonArray> array = SpotJson::parseArray(body, QStringLiteral("WWBOTA"), &error);
-    if (!array) {
-        emit fetchError(error);
+    return parseReporting(body, &WwbotaSpotFetcher::parseSpots);
+}
+
+QList<StationSpot> WwbotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
+{
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("WWBOTA"), error);
+    if (!array)
         return {};
-    }
 
     QList<StationSpot> spots;
     spots.reserve(array->size());
@@ -52,6 +49,10 @@ QList<StationSpot> WwbotaSpotFetcher::parseResponse(const QByteArray &body)
         if (!value.isObject())
             continue;
         const QJsonObject activation = value.toObject();
+        // The service marks spots posted to try it out; they are no activation.
+        const QString type = ServiceJson::text(activation, QStringLiteral("type"));
+        if (type.compare(QLatin1String("Test"), Qt::CaseInsensitive) == 0)
+            continue;
         const QJsonArray references = activation.value(QStringLiteral("references")).toArray();
         if (references.isEmpty())
             continue;
@@ -59,23 +60,25 @@ QList<StationSpot> WwbotaSpotFetcher::parseResponse(const QByteArray &body)
         // One activation may count for several bunkers at once: each becomes its own spot.
         StationSpot base;
         base.source = StationSpot::WWBOTA;
-        base.callsign = SpotJson::text(activation, QStringLiteral("call"));
+        base.callsign = ServiceJson::text(activation, QStringLiteral("call"));
         if (base.callsign.isEmpty())
             continue;
         // Always MHz on this service.
-        base.frequencyKhz = SpotJson::number(activation, QStringLiteral("freq")) * 1000.0;
-        base.mode = SpotJson::text(activation, QStringLiteral("mode")).toUpper();
-        base.spotter = SpotJson::text(activation, QStringLiteral("spotter"));
-        base.comments = activationComment(activation);
-        base.spotTime = parseActivationTime(SpotJson::text(activation, QStringLiteral("time")));
+        base.frequencyKhz = ServiceJson::number(activation, QStringLiteral("freq")) * 1000.0;
+        base.mode = ServiceJson::text(activation, QStringLiteral("mode")).toUpper();
+        base.spotter = ServiceJson::text(activation, QStringLiteral("spotter"));
+        base.comments = ServiceJson::text(activation, QStringLiteral("comment"));
+        if (type.compare(QLatin1String("QRT"), Qt::CaseInsensitive) == 0)
+            base.comments = ServiceJson::qrtComment(base.comments);
+        base.spotTime = parseActivationTime(ServiceJson::text(activation, QStringLiteral("time")));
 
         for (const QJsonValue &referenceValue : references) {
             const QJsonObject reference = referenceValue.toObject();
             StationSpot spot = base;
-            spot.reference = SpotJson::text(reference, QStringLiteral("reference"));
+            spot.reference = ServiceJson::text(reference, QStringLiteral("reference"));
             if (spot.reference.isEmpty())
                 continue;
-            spot.referenceName = SpotJson::text(reference, QStringLiteral("name"));
+            spot.referenceName = ServiceJson::text(reference, QStringLiteral("name"));
             spots.append(std::move(spot));
         }
     }

@@ -1,6 +1,6 @@
 #include "sources/wwffspotfetcher.h"
 
-#include "sources/spotjson.h"
+#include "sources/servicejson.h"
 
 #include <cmath>
 
@@ -29,26 +29,33 @@ void WwffSpotFetcher::fetch()
     sendGet(QStringLiteral("/static/spots.json"));
 }
 
+QString WwffSpotFetcher::sourceName() const
+{
+    return QStringLiteral("WWFF");
+}
+
 QList<StationSpot> WwffSpotFetcher::parseResponse(const QByteArray &body)
 {
-    QString error;
-    const std::optional<QJsonArray> array = SpotJson::parseArray(body, QStringLiteral("WWFF"), &error);
-    if (!array) {
-        emit fetchError(error);
-        return {};
-    }
+    return parseReporting(body, &WwffSpotFetcher::parseSpots);
+}
 
-    return SpotJson::collectSpots(*array, [](const QJsonObject &object) {
+QList<StationSpot> WwffSpotFetcher::parseSpots(const QByteArray &body, QString *error)
+{
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("WWFF"), error);
+    if (!array)
+        return {};
+
+    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::WWFF;
-        spot.callsign = SpotJson::text(object, QStringLiteral("activator"));
-        spot.reference = SpotJson::text(object, QStringLiteral("reference"));
-        spot.referenceName = SpotJson::text(object, QStringLiteral("reference_name"));
-        spot.mode = SpotJson::text(object, QStringLiteral("mode")).toUpper();
-        spot.spotter = SpotJson::text(object, QStringLiteral("spotter"));
-        spot.comments = SpotJson::text(object, QStringLiteral("remarks"));
-        spot.frequencyKhz = SpotJson::number(object, QStringLiteral("frequency_khz"));
-        spot.spotTime = epochSecsToUtc(SpotJson::number(object, QStringLiteral("spot_time")));
+        spot.callsign = ServiceJson::text(object, QStringLiteral("activator"));
+        spot.reference = ServiceJson::text(object, QStringLiteral("reference"));
+        spot.referenceName = ServiceJson::text(object, QStringLiteral("reference_name"));
+        spot.mode = ServiceJson::text(object, QStringLiteral("mode")).toUpper();
+        spot.spotter = ServiceJson::text(object, QStringLiteral("spotter"));
+        spot.comments = ServiceJson::text(object, QStringLiteral("remarks"));
+        spot.frequencyKhz = ServiceJson::number(object, QStringLiteral("frequency_khz"));
+        spot.spotTime = epochSecsToUtc(ServiceJson::number(object, QStringLiteral("spot_time")));
         return spot;
     });
 }

@@ -112,11 +112,11 @@ private slots:
         f.connectToCluster(); // already under way: nothing more
         QCOMPARE(started.size(), 1);
 
-        // The call goes out at once, without waiting for the prompt (which has no line feed);
-        // a prompt line is answered again and does not count as acceptance.
-        QTRY_COMPARE(server.receivedCount("K1ABC"), 1);
-        server.sendLine("Please enter your callsign: ");
+        // The call goes out at once and again at the prompt, which has no line
+        // feed; a prompt line is answered again and does not count as acceptance.
         QTRY_COMPARE(server.receivedCount("K1ABC"), 2);
+        server.sendLine("Please enter your callsign: ");
+        QTRY_COMPARE(server.receivedCount("K1ABC"), 3);
         QCOMPARE(f.state(), DxClusterFetcher::LoggingIn);
         server.sendLine("\x1b[1mHello K1ABC\x1b[0m, this is TEST-1 in Testville");
         QTRY_VERIFY(f.isConnected());
@@ -130,7 +130,7 @@ private slots:
         QCOMPARE(spots.size(), 1);
         server.send("FT8 -12 dB  1235Z\r\nDX de G4ABC: 3573.0 VE3ABC  ssb 1236Z\r\n"
                     "DX de G4ABC: 0.0 VE3ABC  ssb 1236Z\r\nlogin: \r\n");
-        QTRY_COMPARE(server.receivedCount("K1ABC"), 3); // a prompt is answered even when logged in
+        QTRY_COMPARE(server.receivedCount("K1ABC"), 4); // a prompt is answered even when logged in
         QCOMPARE(server.receivedCount("SET/DX"), 1);
         QCOMPARE(spots.size(), 3);
         QCOMPARE(describe(spotAt(spots, 0)), QStringLiteral("KH7KA|14062.5|CW|cw|W1AW|Kure Atoll|12:34"));
@@ -162,42 +162,73 @@ private slots:
         QCOMPARE(server.connectionCount(), 1);
     }
 
-    void loginRejections_data()
+    void loginOutcomes_data()
     {
+        QTest::addColumn<QByteArray>("greeting");
         QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<bool>("rejected");
-        QTest::newRow("access denied") << QByteArray("Sorry, access denied") << true;
-        QTest::newRow("invalid call") << QByteArray("GUEST is an INVALID CALLSIGN, go away please") << true;
-        QTest::newRow("short bye") << QByteArray("73 bye") << true;
-        QTest::newRow("bye, 19 characters") << QByteArray("Good bye from TEST1") << true;
-        QTest::newRow("bye, 20 characters") << QByteArray("Good bye from TEST-1") << false;
-        QTest::newRow("long greeting with bye")
-            << QByteArray("Welcome to the node; type BYE to leave, and have a good day.") << false;
+        QTest::addColumn<bool>("closes");
+        QTest::addColumn<bool>("refused"); // by the reply's last line
+        const QByteArray banner = "Welcome to GB7XX in Testshire\r\nRunning DXSpider v1.57\r\n";
+        const QByteArray login = "login: ";
+        const auto row = [](const char *name, const QByteArray &greeting, const char *reply, bool closes,
+                            bool refused) {
+            QTest::newRow(name) << greeting << QByteArray(reply) << closes << refused;
+        };
+        row("banner, prompt, refusal", banner + login, "Sorry N0CALL is not a valid callsign", true, true);
+        row("banner, prompt, welcome", banner + login,
+            "Hello N0CALL, this is GB7XX\r\nN0CALL de GB7XX 22-Nov-2026 1200Z dxspider >", false, false);
+        row("welcome with refusal words", login,
+            "Hello N0CALL, this is GB7XX\r\nSorry, spots of pirate stations are not allowed here", false,
+            false);
+        row("your call", banner + "Please enter your call: ", "Hello N0CALL", false, false);
+        row("echo, then refusal", banner + login, "N0CALL\r\nAccess denied", false, true);
+        row("no prompt, welcome", "", "Hello N0CALL", false, false);
+        row("no prompt, refusal", "", "Not allowed", true, true);
+        row("access denied", login, "Sorry, access denied", false, true);
+        row("invalid call", login, "GUEST is an INVALID CALLSIGN, go away please", false, true);
+        row("short bye", login, "73 bye", false, true);
+        row("bye, 19 characters", login, "Good bye from TEST1", false, true);
+        row("bye, 20 characters", login, "Good bye from TEST-1", false, false);
+        row("long greeting with bye", login, "Welcome to the node; type BYE to leave, have a good day.",
+            false, false);
     }
 
-    void loginRejections()
+    void loginOutcomes()
     {
+        QFETCH(QByteArray, greeting);
         QFETCH(QByteArray, reply);
-        QFETCH(bool, rejected);
+        QFETCH(bool, closes);
+        QFETCH(bool, refused);
         ClusterTestServer server;
         QVERIFY(server.start());
-        server.setLoginReply(reply + "\r\nDX de W1AW: 14025.0 JA1XYZ CW 1234Z\r\n");
-        DxClusterFetcher f(k_local, server.port(), QString());
+        server.setGreeting(greeting);
+        server.setLoginReply(reply + "\r\nDX de W1AW: 14025.0 JA1XYZ CW 1234Z\r\n", closes);
+        DxClusterFetcher f(k_local, server.port(), QStringLiteral("N0CALL"));
         QSignalSpy errors(&f, &DxClusterFetcher::fetchError);
         QSignalSpy connection(&f, &DxClusterFetcher::connectionChanged);
         QSignalSpy spots(&f, &DxClusterFetcher::spotsReady);
         f.connectToCluster();
-        QTRY_COMPARE(errors.size() + spots.size(), 1);
-        QVERIFY(server.receivedCount("GUEST") >= 1); // no call sign set
+        QTRY_VERIFY(server.receivedCount("N0CALL") >= 1);
+        QTest::qWait(50);
+        if (greeting.isEmpty()) {
+            // Without a prompt the node's first line is judged once the wait for one is over.
+            QVERIFY(!f.isConnected());
+            QMetaObject::invokeMethod(&f, "onPromptWaitOver");
+        }
+        QTRY_COMPARE(errors.size() + connection.size(), 1);
         QTest::qWait(50);
         // After a refusal the spot that follows is not read, and nothing is sent.
-        QCOMPARE(spots.size(), rejected ? 0 : 1);
-        QCOMPARE(connection.size(), rejected ? 0 : 1);
-        QCOMPARE(server.receivedCount("SET/DX"), rejected ? 0 : 1);
-        if (!rejected)
+        const bool accepted = !refused;
+        QCOMPARE(f.isConnected(), accepted);
+        QCOMPARE(spots.size(), accepted ? 1 : 0);
+        QCOMPARE(connection.size(), accepted ? 1 : 0);
+        QCOMPARE(server.receivedCount("SET/DX"), accepted ? 1 : 0);
+        QCOMPARE(server.connectionCount(), 1);
+        if (accepted)
             return;
-        QCOMPARE(errors.at(0).at(0).toString(),
-                 QStringLiteral("127.0.0.1:%1 \u2014 login rejected: %2").arg(server.port()).arg(reply));
+        QCOMPARE(errors.at(0).at(0).toString(), QStringLiteral("127.0.0.1:%1 \u2014 login rejected: %2")
+                                                    .arg(server.port())
+                                                    .arg(QString::fromLatin1(reply.split('\n').constLast())));
         QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
         QTRY_COMPARE(server.clientCount(), 0);
         QVERIFY(!f.isReconnectPending());
@@ -213,6 +244,8 @@ private slots:
         const quint16 port = server.port();
         server.stopListening();
         DxClusterFetcher f(k_local, port, QStringLiteral("K1ABC"));
+        qint64 now = 0;
+        f.setClock([&now] { return now; });
         QSignalSpy errors(&f, &DxClusterFetcher::fetchError);
         QSignalSpy connection(&f, &DxClusterFetcher::connectionChanged);
         f.connectToCluster();
@@ -228,21 +261,37 @@ private slots:
         }
         QVERIFY(connection.isEmpty());
 
-        // The node comes back; dropped after the login, which reset the
-        // back-off, the client retries after 5 s unless connected by hand first.
+        // The node comes back; a session that lasts a minute was a success, so
+        // the next wait is 5 s again, unless connected by hand first.
         QVERIFY(server.start(port));
         server.setLoginReply("Hello K1ABC\r\n");
         QTRY_VERIFY(f.isConnected());
-        QVERIFY(!f.isReconnectPending());
+        now += DxClusterFetcher::k_steadySessionMs;
         server.dropClients();
         QTRY_COMPARE(connection.size(), 2);
-        QCOMPARE(connection.at(1).at(0).toBool(), false);
-        QVERIFY(f.isReconnectPending());
         QCOMPARE(f.reconnectIntervalMs(), 5000);
         f.connectToCluster();
         QVERIFY(!f.isReconnectPending());
         QTRY_VERIFY(f.isConnected());
         QCOMPARE(server.connectionCount(), 2);
+    }
+
+    void shortSessionsBackOff()
+    {
+        // A node that accepts the login and closes within seconds, again and again.
+        ClusterTestServer server;
+        QVERIFY(server.start());
+        server.setLoginReply("Hello N0CALL, this is GB7XX\r\n", true);
+        DxClusterFetcher f(k_local, server.port(), QStringLiteral("N0CALL"));
+        QSignalSpy connection(&f, &DxClusterFetcher::connectionChanged);
+        f.connectToCluster();
+        const QList<int> waits = {5000, 10000, 20000, 40000};
+        for (int i = 0; i < waits.size(); ++i) {
+            QTRY_COMPARE(connection.size(), 2 * (i + 1)); // logged in, then dropped
+            QVERIFY(f.isReconnectPending());
+            QCOMPARE(f.reconnectIntervalMs(), waits.at(i));
+            QMetaObject::invokeMethod(&f, "onReconnectTimer");
+        }
     }
 
     void hostileInput()
@@ -253,6 +302,7 @@ private slots:
         DxClusterFetcher f(k_local, server.port(), QString());
         f.connectToCluster();
         QTRY_VERIFY(f.isConnected());
+        QVERIFY(server.receivedCount("GUEST") >= 1); // no call sign set
         QSignalSpy spots(&f, &DxClusterFetcher::spotsReady);
         const QByteArray spotLine = "DX de W1AW: 14025.0 JA1XYZ CW 1234Z\r\n";
 

@@ -53,8 +53,8 @@ private slots:
         QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("modeBtn")).size(), 5);
         QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("bandBtn")).size(), 13);
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
-        // Every web source but the inert BOTA slot asks at once.
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
+        // Every web source but the inert BOTA slot asks at once; SOTA asks for its epoch first.
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
         QVERIFY(rig(w)->thread() != w.thread());
         QCOMPARE(timer(w, "radioPollTimer")->interval(), 500);
         QCOMPARE(timer(w, "rigReconnectTimer")->interval(), 15000);
@@ -103,6 +103,8 @@ private slots:
         const QString initial = labelText(w, "statusRefresh");
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
 
+        m_server->releaseHeld("/api/spots/epoch"); // no epoch served: SOTA falls back to its list
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/api/spots/-72"), 1, 5000);
         m_server->releaseHeld("/spot/");
         QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 1, 5000);
         QCOMPARE(labelText(w, "statusRefresh"), initial);
@@ -256,7 +258,7 @@ private slots:
     void untickingASourceStopsItsRequests()
     {
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
         SpotFetcher *pota = w.findChild<PotaSpotFetcher *>();
         QVERIFY(pota->isAutoRefreshing());
         QCOMPARE(pota->refreshIntervalMs(), 60000);
@@ -266,7 +268,7 @@ private slots:
         QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
                  QJsonValue(false));
         w.onRefreshAll(); // skips the unticked source
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 9, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/api/spots/gma/"), 2, 5000);
         QCOMPARE(m_server->requestCount("/spot/"), 1);
 
         // Ticking it again fetches at once.

@@ -1,5 +1,7 @@
 #include "sources/botaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
+#include "sources/sotaspotfetcher.h"
+#include "sources/sourcehealth.h"
 #include "support/httptestserver.h"
 #include "support/testmain.h"
 
@@ -7,6 +9,7 @@
 #include <QTest>
 
 #include <cmath>
+#include <memory>
 
 namespace {
 // A source whose parser turns every body line into one spot, so the framework
@@ -14,24 +17,44 @@ namespace {
 class LineFetcher final : public SpotFetcher
 {
 public:
-    explicit LineFetcher(const QUrl &url)
+    explicit LineFetcher(const QUrl &url, const QByteArray &path = "/lines")
         : SpotFetcher(nullptr, url)
+        , m_path(QString::fromLatin1(path))
     {}
+    QString sourceName() const override { return QStringLiteral("LINES"); }
     QList<StationSpot> parseResponse(const QByteArray &body) override
     {
+        ++parses;
         QList<StationSpot> spots;
         for (const QByteArray &line : body.split('\n')) {
-            if (line.isEmpty())
-                continue;
             StationSpot s;
-            s.source = StationSpot::POTA;
             s.callsign = QString::fromUtf8(line);
-            spots.append(s);
+            if (!line.isEmpty())
+                spots.append(s);
         }
         return spots;
     }
-    void fetch() override { sendGet(QStringLiteral("/lines")); }
+    void fetch() override { sendGet(m_path); }
+    int parses = 0;
+
+private:
+    QString m_path;
 };
+
+QStringList calls(const QSignalSpy &ready, int index)
+{
+    QStringList list;
+    for (const StationSpot &s : ready.at(index).at(0).value<QList<StationSpot>>())
+        list << s.callsign;
+    return list;
+}
+
+QString localTime(qint64 ms)
+{
+    return QDateTime::fromMSecsSinceEpoch(ms).toString(QStringLiteral("HH:mm:ss"));
+}
+
+const qint64 k_now = QDateTime(QDate(2026, 11, 21), QTime(17, 0), Qt::UTC).toMSecsSinceEpoch();
 } // namespace
 
 class TestSpotFetcher final : public QObject
@@ -52,105 +75,43 @@ private slots:
         LineFetcher f(m_server->url());
         QSignalSpy started(&f, &SpotFetcher::fetchStarted);
         QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-
         f.startAutoRefresh(60);
         QCOMPARE(f.refreshIntervalMs(), 60000);
         QVERIFY(f.isAutoRefreshing());
-        // The first fetch is queued, not sent synchronously.
-        QCOMPARE(started.count(), 0);
-        f.startAutoRefresh(120); // a second start changes the interval only
+        QCOMPARE(started.count(), 0); // queued, not sent at once
+        f.startAutoRefresh(120);      // a second start changes the interval only
         QCOMPARE(f.refreshIntervalMs(), 120000);
-
         QVERIFY(ready.wait(5000));
         QCOMPARE(started.count(), 1);
-        QCOMPARE(m_server->requestCount("/lines"), 1);
-        const auto spots = ready.first().first().value<QList<StationSpot>>();
-        QCOMPARE(spots.size(), 2);
-        QCOMPARE(spots.at(1).callsign, QStringLiteral("K2XYZ"));
-
-        // Nothing else goes out until the interval elapses.
+        QCOMPARE(calls(ready, 0), QStringList({QStringLiteral("K1ABC"), QStringLiteral("K2XYZ")}));
         QTest::qWait(100);
         QCOMPARE(m_server->requestCount(), 1);
         f.stopAutoRefresh();
         QVERIFY(!f.isAutoRefreshing());
-
-        // A short interval really repeats.
-        f.startAutoRefresh(0);
+        f.startAutoRefresh(0); // a short interval really repeats
         QTRY_VERIFY_WITH_TIMEOUT(m_server->requestCount() >= 3, 5000);
-        f.stopAutoRefresh();
     }
 
-    void requestCarriesPathAndUserAgent()
-    {
-        PotaSpotFetcher f(nullptr, m_server->url());
-        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-        m_server->setRoute("/spot/", "[]");
-        f.fetch();
-        QVERIFY(ready.wait(5000));
-        const auto requests = m_server->requests();
-        QCOMPARE(requests.size(), 1);
-        QCOMPARE(requests.first().method, QByteArray("GET"));
-        QCOMPARE(requests.first().path, QByteArray("/spot/"));
-        QCOMPARE(requests.first().headers.value("user-agent"), QByteArray("Tallis/0.1 (Brightwater)"));
-    }
-
-    void httpErrorGivesOnlyFetchError()
-    {
-        m_server->setRoute("/lines", "boom", 500, "text/plain");
-        LineFetcher f(m_server->url());
-        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-        QSignalSpy errors(&f, &SpotFetcher::fetchError);
-        f.fetch();
-        QVERIFY(errors.wait(5000));
-        QTest::qWait(50);
-        QCOMPARE(errors.count(), 1);
-        QCOMPARE(ready.count(), 0);
-        QVERIFY(!errors.first().first().toString().isEmpty());
-    }
-
-    void connectionRefusedGivesFetchError()
+    void refusedConnectionIsAnError()
     {
         const QUrl url = m_server->url();
         delete m_server;
         m_server = nullptr;
-        LineFetcher f(url);
-        QSignalSpy errors(&f, &SpotFetcher::fetchError);
-        f.fetch();
+        LineFetcher refused(url);
+        QSignalSpy errors(&refused, &SpotFetcher::fetchError);
+        refused.fetch();
         QVERIFY(errors.wait(5000));
     }
 
-    void emptyBodyIsParserError()
+    void inFlightReplies()
     {
-        m_server->setRoute("/spot/", "");
-        PotaSpotFetcher f(nullptr, m_server->url());
-        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-        QSignalSpy errors(&f, &SpotFetcher::fetchError);
-        f.fetch();
-        QVERIFY(ready.wait(5000));
-        QCOMPARE(errors.count(), 1);
-        QVERIFY(errors.first().first().toString().startsWith(QStringLiteral("POTA JSON parse error: ")));
-        QVERIFY(ready.first().first().value<QList<StationSpot>>().isEmpty());
-    }
-
-    void stopDoesNotAbortInFlightReply()
-    {
+        // Stopping does not abort a reply in flight; overlapping fetches give two batches.
         m_server->setHoldReplies(true);
         LineFetcher f(m_server->url());
         QSignalSpy ready(&f, &SpotFetcher::spotsReady);
         f.startAutoRefresh(60);
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 1, 5000);
         f.stopAutoRefresh();
-        m_server->releaseHeld();
-        QVERIFY(ready.wait(5000));
-        QCOMPARE(ready.count(), 1);
-    }
-
-    void overlappingFetchesGiveTwoBatches()
-    {
-        m_server->setHoldReplies(true);
-        LineFetcher f(m_server->url());
-        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-        f.fetch();
         f.fetch();
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 2, 5000);
         m_server->releaseHeld();
@@ -162,17 +123,166 @@ private slots:
         BotaSpotFetcher f;
         QSignalSpy started(&f, &SpotFetcher::fetchStarted);
         QSignalSpy ready(&f, &SpotFetcher::spotsReady);
-        QSignalSpy errors(&f, &SpotFetcher::fetchError);
         f.startAutoRefresh(60);
         f.fetch();
         QTest::qWait(50);
-        QCOMPARE(started.count() + ready.count() + errors.count(), 0);
+        QCOMPARE(started.count() + ready.count(), 0);
         QVERIFY(f.parseResponse("[{\"activator\":\"K1ABC\"}]").isEmpty());
+        QCOMPARE(PotaSpotFetcher().serviceUrl(), QUrl(QStringLiteral("https://api.pota.app")));
     }
 
-    void defaultsAreThePublicServices()
+    void unchangedListIsNotParsedAgain()
     {
-        QCOMPARE(PotaSpotFetcher().serviceUrl(), QUrl(QStringLiteral("https://api.pota.app")));
+        m_server->setRoute("/lines", "K1ABC\n", 200, "text/plain",
+                           "ETag: \"v1\"\r\nLast-Modified: Sat, 21 Nov 2026 17:00:00 GMT\r\n");
+        LineFetcher f(m_server->url());
+        QSignalSpy started(&f, &SpotFetcher::fetchStarted);
+        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
+        for (int tick = 1; tick <= 2; ++tick) {
+            f.fetch();
+            QTRY_COMPARE(ready.count(), tick);
+            QCOMPARE(started.count(), tick);
+            QCOMPARE(calls(ready, tick - 1), QStringList(QStringLiteral("K1ABC")));
+        }
+        QCOMPARE(f.parses, 1); // the 304 gave the last batch again
+        const auto headers = m_server->requests().constLast().headers;
+        QCOMPARE(headers.value("if-none-match"), QByteArray("\"v1\""));
+        QCOMPARE(headers.value("if-modified-since"), QByteArray("Sat, 21 Nov 2026 17:00:00 GMT"));
+
+        // A body the parser faulted is asked for whole again.
+        m_server->setRoute("/spot/", "[", 200, "application/json", "ETag: \"v1\"\r\n");
+        PotaSpotFetcher pota(nullptr, m_server->url());
+        QSignalSpy potaReady(&pota, &SpotFetcher::spotsReady);
+        pota.fetch();
+        QVERIFY(potaReady.wait(5000));
+        pota.fetch();
+        QVERIFY(potaReady.wait(5000));
+        QVERIFY(!m_server->requests().constLast().headers.contains("if-none-match"));
+    }
+
+    void retryAfter_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("retryAfter");
+        QTest::addColumn<int>("quietSecs"); // 0: no quiet time
+        QTest::newRow("429, seconds") << 429 << QByteArray("120") << 120;
+        QTest::newRow("503, HTTP date") << 503 << QByteArray("Sat, 21 Nov 2026 17:05:00 GMT") << 300;
+        QTest::newRow("429, a day") << 429 << QByteArray("86400") << 3600;
+        QTest::newRow("429, none") << 429 << QByteArray() << 0;
+        QTest::newRow("429, garbage") << 429 << QByteArray("soon") << 0;
+        QTest::newRow("500") << 500 << QByteArray("120") << 0;
+    }
+
+    void retryAfter()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, retryAfter);
+        QFETCH(int, quietSecs);
+        m_server->setRoute("/lines", "slow down", status, "text/plain",
+                           retryAfter.isEmpty() ? QByteArray() : "Retry-After: " + retryAfter + "\r\n");
+        LineFetcher f(m_server->url());
+        qint64 now = k_now;
+        f.setClock([&now] { return now; });
+        QSignalSpy started(&f, &SpotFetcher::fetchStarted);
+        QSignalSpy errors(&f, &SpotFetcher::fetchError);
+        QSignalSpy notices(&f, &SpotFetcher::notice);
+        f.fetch();
+        QVERIFY(errors.wait(5000));
+        const qint64 until = k_now + quietSecs * 1000LL;
+        QCOMPARE(f.quietUntilMs(), quietSecs ? until : 0);
+        QCOMPARE(notices.count(), quietSecs ? 1 : 0);
+        if (quietSecs == 0)
+            return;
+        QCOMPARE(notices.first().first().toString(),
+                 QStringLiteral("The LINES oracle begs a respite \u2014 we leave it in peace until %1.")
+                     .arg(localTime(until)));
+        // Ticks in the quiet time send and emit nothing at all.
+        now = until - 1;
+        f.fetch();
+        f.fetch();
+        QTest::qWait(50);
+        QCOMPARE(m_server->requestCount(), 1);
+        QCOMPARE(started.count() + errors.count() + notices.count(), 3);
+        now = until;
+        f.fetch();
+        QTRY_COMPARE(m_server->requestCount(), 2);
+        QTRY_COMPARE(errors.count(), 2);
+    }
+
+    void sotaAsksForTheListOnlyWhenTheEpochMoved()
+    {
+        m_server->setRoute("/api/spots/epoch", "e1\n", 200, "text/plain");
+        m_server->setRoute("/api/spots/-72", R"([{"activatorCallsign": "G4ABC/P", "frequency": 14.062}])");
+        SotaSpotFetcher f(nullptr, m_server->url());
+        QSignalSpy started(&f, &SpotFetcher::fetchStarted);
+        QSignalSpy ready(&f, &SpotFetcher::spotsReady);
+        const QList<int> listRequests = {1, 1, 2}; // after each tick
+        for (int tick = 0; tick < 3; ++tick) {
+            if (tick == 2)
+                m_server->setRoute("/api/spots/epoch", "e2", 200, "text/plain");
+            f.fetch();
+            QTRY_COMPARE(ready.count(), tick + 1);
+            QCOMPARE(started.count(), tick + 1);
+            QCOMPARE(m_server->requestCount("/api/spots/epoch"), tick + 1);
+            QCOMPARE(m_server->requestCount("/api/spots/-72"), listRequests.at(tick));
+            QCOMPARE(calls(ready, tick), QStringList(QStringLiteral("G4ABC/P")));
+        }
+    }
+
+    void sourceHealth()
+    {
+        m_server->setRoute("/bad", "boom", 500, "text/plain");
+        m_server->setRoute("/spot/", "");
+        LineFetcher good(m_server->url());
+        LineFetcher bad(m_server->url(), "/bad");
+        PotaSpotFetcher faulty(nullptr, m_server->url());
+        qint64 now = k_now;
+        SourceHealth health;
+        health.setClock([&now] { return now; });
+        health.watch(&good, QStringLiteral("GOOD"));
+        health.watch(&bad, QStringLiteral("BAD"));
+        health.watch(&faulty, QStringLiteral("POTA"));
+        QCOMPARE(health.labelText(), QStringLiteral("Sources: all answering"));
+        QSignalSpy changed(&health, &SourceHealth::changed);
+        QList<std::shared_ptr<QSignalSpy>> spies; // ready and errors of each
+        for (SpotFetcher *f : {static_cast<SpotFetcher *>(&good), static_cast<SpotFetcher *>(&bad),
+                               static_cast<SpotFetcher *>(&faulty)}) {
+            spies << std::make_shared<QSignalSpy>(f, &SpotFetcher::spotsReady)
+                  << std::make_shared<QSignalSpy>(f, &SpotFetcher::fetchError);
+            f->startAutoRefresh(60);
+        }
+        // An HTTP error is only a fetchError; a body the parser rejects is its
+        // error and then an empty batch, which is no success.
+        QTRY_COMPARE(changed.count(), 3);
+        QTest::qWait(50);
+        QCOMPARE(changed.count(), 3);
+        QList<qsizetype> counts;
+        for (const auto &spy : std::as_const(spies))
+            counts << spy->count();
+        QCOMPARE(counts, QList<qsizetype>({1, 0, 0, 1, 1, 1}));
+        QCOMPARE(health.labelText(), QStringLiteral("Sources: 2 failing"));
+        const QString at = localTime(k_now);
+        QStringList tip = health.toolTip().split(QLatin1Char('\n'));
+        QCOMPARE(tip.size(), 3);
+        QCOMPARE(tip.at(0), QStringLiteral("GOOD: 2 spots at %1").arg(at));
+        QVERIFY2(tip.at(1).startsWith(QStringLiteral("BAD: no answer yet; failing at %1: Error").arg(at)),
+                 qPrintable(tip.at(1)));
+        QVERIFY2(
+            tip.at(2).startsWith(QStringLiteral("POTA: no answer yet; failing at %1: POTA JSON").arg(at)),
+            qPrintable(tip.at(2)));
+
+        // Answering again clears the failure and keeps the error on record;
+        // a source switched off is not counted.
+        now += 60000;
+        m_server->setRoute("/bad", "K3ABC\n");
+        bad.fetch();
+        QTRY_COMPARE(health.labelText(), QStringLiteral("Sources: 1 failing"));
+        tip = health.toolTip().split(QLatin1Char('\n'));
+        QVERIFY(tip.at(1).startsWith(
+            QStringLiteral("BAD: 1 spot at %1; last error at %2: ").arg(localTime(now), at)));
+        faulty.stopAutoRefresh();
+        QCOMPARE(health.labelText(), QStringLiteral("Sources: all answering"));
+        QVERIFY(health.toolTip().split(QLatin1Char('\n')).at(2).startsWith(QStringLiteral("POTA: off; ")));
     }
 
     void keyAndSourceName()
@@ -180,37 +290,26 @@ private slots:
         StationSpot s;
         s.callsign = QStringLiteral("K1ABC");
         s.reference = QStringLiteral("US-1234");
-        s.frequencyKhz = 14062.7;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|14062"));
-        s.frequencyKhz = 7032.999;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|7032"));
-        s.frequencyKhz = 7033.0;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|7033"));
-        s.frequencyKhz = -0.9;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
-        s.frequencyKhz = -1.5;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|-1"));
-        s.frequencyKhz = std::nan("");
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
-        s.frequencyKhz = 1e300;
-        QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
+        const QList<std::pair<double, const char *>> keys = {
+            {14062.7, "14062"}, {7032.999, "7032"},  {7033.0, "7033"}, {-0.9, "0"},
+            {-1.5, "-1"},       {std::nan(""), "0"}, {1e300, "0"}};
+        for (const auto &[khz, key] : keys) {
+            s.frequencyKhz = khz;
+            QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|") + QLatin1String(key));
+        }
         s.reference.clear();
         s.frequencyKhz = 7025.0;
         QCOMPARE(s.key(), QStringLiteral("K1ABC||7025"));
-
         QCOMPARE(StationSpot().sourceString(), QStringLiteral("SOTA"));
         s.source = StationSpot::GMA;
         QCOMPARE(s.sourceString(), QStringLiteral("GMA"));
-        s.source = static_cast<StationSpot::Source>(7);
-        QCOMPARE(s.sourceString(), QStringLiteral("?"));
-        s.source = static_cast<StationSpot::Source>(-1);
-        QCOMPARE(s.sourceString(), QStringLiteral("?"));
-
+        for (int bad : {7, -1}) {
+            s.source = static_cast<StationSpot::Source>(bad);
+            QCOMPARE(s.sourceString(), QStringLiteral("?"));
+        }
         const StationSpot fresh;
-        QCOMPARE(fresh.status, StationSpot::Unknown);
-        QCOMPARE(fresh.groupId, 0);
-        QVERIFY(!fresh.spotTime.isValid());
-        QVERIFY(!fresh.hasLocation);
+        QVERIFY(fresh.status == StationSpot::Unknown && fresh.groupId == 0 && !fresh.spotTime.isValid() &&
+                !fresh.hasLocation);
     }
 
 private:

@@ -1,4 +1,5 @@
 #include "sources/gmaspotfetcher.h"
+#include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
 #include "sources/wwbotaspotfetcher.h"
 #include "sources/wwffspotfetcher.h"
@@ -9,88 +10,77 @@
 #include <QJsonParseError>
 #include <QSignalSpy>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace {
 
-// Replies shaped like those of the live services.
-const QByteArray k_sotaReply = R"([
-  {"id": 331210, "userID": 1234, "timeStamp": "2024-05-01T07:15:00", "comments": " QRV now, 5W ",
-   "callsign": "G4ABC", "associationCode": "HB", "summitCode": "HB/BE-123", "activatorCallsign": " HB9/DL1ABC/P ",
-   "activatorName": "Hans", "frequency": "7.032", "mode": "cw", "summitDetails": "Niesen, 2362m, 10 Points",
-   "highlightColor": null, "highlat": 46.645, "highlon": 7.651},
-  {"id": 331211, "userID": 99, "timeStamp": "2024-05-01T07:20:31.250", "comments": "",
-   "callsign": "M0XYZ", "associationCode": "G", "summitCode": "G/LD-001", "activatorCallsign": "G0ABC/P",
-   "activatorName": "", "frequency": "14285", "mode": "ssb", "summitDetails": "Scafell Pike, 978m, 10 Points",
-   "highlightColor": null}
-])";
+using Parser = QList<StationSpot> (*)(const QByteArray &body, QString *error);
 
-const QByteArray k_wwffReply = R"([
-  {"id": 77001, "activator": " ON4ABC/P ", "reference": "ONFF-0123", "reference_name": "Hoge Venen",
-   "frequency_khz": 14244.0, "mode": "ssb", "spotter": "DL1XYZ", "remarks": "loud in JO31",
-   "spot_time": 1714566896, "lat": 50.5, "lon": 6.1},
-  {"id": 77002, "activator": "F4AAA", "reference": "FFF-1234", "reference_name": "Parc du Morvan",
-   "frequency_khz": 7144, "mode": "CW", "spotter": "F5BBB", "remarks": "", "spot_time": 1714567000.9}
-])";
-
-const QByteArray k_wwbotaReply = R"([
-  {"call": " G0ABC/P ", "references": [
-      {"reference": "B/G-0001", "name": "Pillbox at Dover", "lat": 51.1, "long": 1.3},
-      {"reference": "B/G-0002", "name": "Coastal battery"}],
-   "freq": 7.144, "mode": "ssb", "spotter": "M0XYZ", "type": "Live", "comment": " cq cq ",
-   "time": "2024-05-01T12:34:56.123Z"},
-  {"call": "ON4ABC", "references": [{"reference": "B/ON-0042", "name": "Fort Eben-Emael"}],
-   "freq": 14.062, "mode": "CW", "spotter": "ON4ABC", "type": "qrt", "comment": "thanks all",
-   "time": "2024-05-01T13:00:00+02:00"}
-])";
-
-const QByteArray k_gmaReply = R"({"RCD": [
-  {"ACTIVATOR": " dl1abc ", "REF": "DM/BW-001", "NAME": "Feldberg", "MODE": "cw", "SPOTTER": "dl2xyz",
-   "TEXT": " tnx fer QSO ", "QRG": "7.032", "DATE": "20240501", "TIME": "930", "LAT": "47.87", "LON": "8.00"},
-  {"ACTIVATOR": "OE5XYZ/P", "REF": "OE/OO-123", "NAME": "Traunstein", "MODE": "SSB", "SPOTTER": "OE5XYZ",
-   "TEXT": "", "QRG": "14285.0", "DATE": "20240501", "TIME": "1745"}
-], "ERR": ""})";
-
-std::unique_ptr<SpotFetcher> makeFetcher(const QString &source, const QUrl &url = QUrl())
+QStringList strings(std::initializer_list<const char *> texts)
 {
-    if (source == QLatin1String("SOTA"))
-        return std::make_unique<SotaSpotFetcher>(nullptr, url);
-    if (source == QLatin1String("WWFF"))
-        return std::make_unique<WwffSpotFetcher>(nullptr, url);
-    if (source == QLatin1String("WWBOTA"))
-        return std::make_unique<WwbotaSpotFetcher>(nullptr, url);
-    return std::make_unique<GmaSpotFetcher>(nullptr, url);
+    QStringList list;
+    for (const char *text : texts)
+        list << QString::fromUtf8(text);
+    return list;
 }
 
-// Every field the parser fills on one line; the time in ISO form, where a
+// Every field a parser fills, one spot a line: the time in ISO form, where a
 // trailing "Z" shows it is UTC, and "-" for a spot without a position.
 QStringList describe(const QList<StationSpot> &spots)
 {
     QStringList lines;
     for (const StationSpot &s : spots) {
-        const QString position =
-            s.hasLocation ? QString::number(s.lat, 'g', 10) + ',' + QString::number(s.lon, 'g', 10) : "-";
-        lines << QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8|%9|%10")
-                     .arg(s.sourceString(), s.callsign, s.reference, s.referenceName,
-                          QString::number(s.frequencyKhz, 'g', 10), s.mode, s.spotter, s.comments,
-                          s.spotTime.toString(Qt::ISODateWithMs), position);
+        const QString position = s.hasLocation ? QString::number(s.lat, 'g', 10) + QLatin1Char(',') +
+                                                     QString::number(s.lon, 'g', 10)
+                                               : QStringLiteral("-");
+        lines << QStringList({s.callsign, s.reference, s.referenceName,
+                              QString::number(s.frequencyKhz, 'g', 10), s.mode, s.spotter, s.comments,
+                              s.locationDesc, s.grid, s.spotTime.toString(Qt::ISODateWithMs), position})
+                     .join(QLatin1Char('|'));
     }
     return lines;
 }
 
-// The spots a fresh fetcher of source makes of body, described; the errors it
-// reports go to *errors, or are a warning when none are expected.
-QStringList parse(const QString &source, const QByteArray &body, QStringList *errors = nullptr)
+// A reply holding the row's spot elements, shaped as the source sends it.
+QByteArray reply(StationSpot::Source source, const QByteArray &elements)
 {
-    const std::unique_ptr<SpotFetcher> fetcher = makeFetcher(source);
-    QStringList reported;
-    QObject::connect(fetcher.get(), &SpotFetcher::fetchError, [&](const QString &e) { reported << e; });
-    const QStringList spots = describe(fetcher->parseResponse(body));
-    if (errors)
-        *errors = reported;
-    else if (!reported.isEmpty())
-        qWarning() << "unexpected error:" << reported;
-    return spots;
+    return source == StationSpot::GMA ? "{\"RCD\": [" + elements + "], \"ERR\": \"\"}" : "[" + elements + "]";
+}
+
+// One spot in the shape of every source.
+const char k_anySpot[] = R"({"activator": "A1", "call": "A1", "ACTIVATOR": "A1", "activatorCallsign": "A1",
+                             "references": [{"reference": "B/1"}]})";
+
+struct Service
+{
+    StationSpot::Source source;
+    Parser parse;
+    std::function<SpotFetcher *(const QUrl &)> make;
+    QByteArray path;
+};
+
+template <typename Fetcher>
+Service service(StationSpot::Source source, const char *path)
+{
+    return {source, &Fetcher::parseSpots, [](const QUrl &url) { return new Fetcher(nullptr, url); }, path};
+}
+
+const QList<Service> &services()
+{
+    static const QList<Service> all = {service<PotaSpotFetcher>(StationSpot::POTA, "/spot/"),
+                                       service<SotaSpotFetcher>(StationSpot::SOTA, "/api/spots/-72"),
+                                       service<WwffSpotFetcher>(StationSpot::WWFF, "/static/spots.json"),
+                                       service<WwbotaSpotFetcher>(StationSpot::WWBOTA, "/spots/"),
+                                       service<GmaSpotFetcher>(StationSpot::GMA, "/api/spots/gma/")};
+    return all;
+}
+
+const Service &serviceOf(StationSpot::Source source)
+{
+    return *std::find_if(services().cbegin(), services().cend(),
+                         [source](const Service &s) { return s.source == source; });
 }
 
 } // namespace
@@ -98,6 +88,29 @@ QStringList parse(const QString &source, const QByteArray &body, QStringList *er
 class TestWebParsers final : public QObject
 {
     Q_OBJECT
+
+    static void addColumns()
+    {
+        QTest::addColumn<QByteArray>("elements");
+        QTest::addColumn<QStringList>("spots");
+    }
+
+    static void row(const char *name, const char *elements, std::initializer_list<const char *> spots)
+    {
+        QTest::newRow(name) << QByteArray(elements) << strings(spots);
+    }
+
+    static void check(StationSpot::Source source)
+    {
+        QFETCH(QByteArray, elements);
+        QFETCH(QStringList, spots);
+        QString error;
+        const QList<StationSpot> parsed = serviceOf(source).parse(reply(source, elements), &error);
+        QCOMPARE(error, QString());
+        QCOMPARE(describe(parsed), spots);
+        for (const StationSpot &s : parsed)
+            QCOMPARE(s.source, source);
+    }
 
 private slots:
     void initTestCase()
@@ -109,172 +122,222 @@ private slots:
                  QDateTime(QDate(2024, 5, 1), QTime(10, 0), Qt::UTC));
     }
 
-    void formatErrors_data()
-    {
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("error"); // empty: no error expected
-        QJsonParseError empty;
-        QJsonDocument::fromJson(QByteArray(), &empty);
-        const QString parseError = QStringLiteral(" JSON parse error: ") + empty.errorString();
-        const QByteArray object = R"({"error": "rate limited"})";
-        for (const QString source : {"SOTA", "WWFF", "WWBOTA", "GMA"})
-            QTest::addRow("%s empty body", qPrintable(source))
-                << source << QByteArray() << source + parseError;
-        for (const QString source : {"SOTA", "WWFF", "WWBOTA"}) {
-            QTest::addRow("%s object", qPrintable(source))
-                << source << object << source + " response is not a JSON array";
-            QTest::addRow("%s no objects", qPrintable(source))
-                << source << QByteArray("[1, \"x\", null]") << "";
-        }
-        QTest::newRow("GMA array") << "GMA" << QByteArray("[]") << "GMA response is not a JSON object";
-        QTest::newRow("GMA without RCD") << "GMA" << object << "";
-        QTest::newRow("GMA RCD not array") << "GMA" << QByteArray(R"({"RCD": {"ACTIVATOR": "A1"}})") << "";
-    }
-
     void formatErrors()
     {
-        QFETCH(QString, source);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, error);
-        QStringList errors;
-        QVERIFY(parse(source, body, &errors).isEmpty());
-        QCOMPARE(errors, error.isEmpty() ? QStringList() : QStringList{error});
-    }
-
-    void truncatedRepliesGiveOneErrorEach()
-    {
-        const QList<std::pair<QString, QByteArray>> replies = {
-            {"SOTA", k_sotaReply}, {"WWFF", k_wwffReply}, {"WWBOTA", k_wwbotaReply}, {"GMA", k_gmaReply}};
-        for (const auto &[source, body] : replies) {
-            // Cut off anywhere, a reply is reported once and never half-parsed.
-            for (qsizetype length = 0; length < body.trimmed().size(); ++length) {
-                QStringList errors;
-                QVERIFY(parse(source, body.left(length), &errors).isEmpty());
-                QCOMPARE(errors.size(), 1);
+        QJsonParseError empty;
+        QJsonDocument::fromJson(QByteArray(), &empty);
+        for (const Service &s : services()) {
+            const bool gma = s.source == StationSpot::GMA;
+            const QString name = StationSpot::sourceName(s.source);
+            QString error;
+            QVERIFY(s.parse(QByteArray(), &error).isEmpty());
+            QCOMPARE(error, name + QStringLiteral(" JSON parse error: ") + empty.errorString());
+            QVERIFY(s.parse(gma ? "[]" : "{}", &error).isEmpty());
+            QCOMPARE(error, name + QLatin1String(gma ? " response is not a JSON object"
+                                                     : " response is not a JSON array"));
+            QVERIFY(s.parse(gma ? "[]" : "{}", nullptr).isEmpty()); // the error sink is optional
+            // Elements that are no spot objects, or no array under "RCD", are no fault.
+            error.clear();
+            QVERIFY(s.parse(reply(s.source, "1, \"x\", null"), &error).isEmpty());
+            QVERIFY(!gma || s.parse(R"({"RCD": {}})", &error).isEmpty());
+            QCOMPARE(error, QString());
+            // Cut off anywhere, a reply is reported and never half-parsed.
+            const QByteArray whole = reply(s.source, k_anySpot);
+            QCOMPARE(s.parse(whole, &error).size(), 1);
+            for (qsizetype length = 0; length < whole.size(); ++length) {
+                error.clear();
+                QVERIFY(s.parse(whole.left(length), &error).isEmpty());
+                QVERIFY(!error.isEmpty());
             }
         }
     }
 
-    void sota()
+    void pota_data()
     {
-        QCOMPARE(
-            parse("SOTA", k_sotaReply),
-            QStringList({"SOTA|HB9/DL1ABC/P|HB/BE-123|Niesen, 2362m, 10 Points|7032|CW|G4ABC|QRV now, 5W|"
-                         "2024-05-01T07:15:00.000Z|46.645,7.651",
-                         "SOTA|G0ABC/P|G/LD-001|Scafell Pike, 978m, 10 Points|14285|SSB|M0XYZ||"
-                         "2024-05-01T07:20:31.250Z|-"}));
-        // 1000 and below is MHz, above is kHz; a position needs both coordinates as numbers.
-        const QStringList spots = parse("SOTA", R"([
-          {"activatorCallsign": "A1", "frequency": " 1000 ", "highlat": "47.1", "highlon": 11.2},
-          {"activatorCallsign": "A2", "frequency": "1000.5", "highlat": 47.1},
-          {"activatorCallsign": "A3", "frequency": "abc", "highlat": -33.5, "highlon": -70.25},
-          {"activatorCallsign": "A4", "frequency": 14.062},
-          {"activatorCallsign": "A5", "frequency": "inf"},
-          {"activatorCallsign": "  ", "frequency": "7.032"}, "A6", 42])");
-        QCOMPARE(spots,
-                 QStringList({"SOTA|A1|||1000000|||||-", "SOTA|A2|||1000.5|||||-",
-                              "SOTA|A3|||0|||||-33.5,-70.25", "SOTA|A4|||0|||||-", "SOTA|A5|||0|||||-"}));
+        addColumns();
+        // Sub-square centre of FN31pr; the service's own latitude and longitude are not used.
+        row("full", R"({"spotId": 28734521, "activator": " K1ABC ", "frequency": "14062.5", "mode": "cw",
+              "reference": "US-1234", "parkName": null, "spotTime": "2024-05-01T12:34:56", "source": "RBN",
+              "spotter": "W1AW-#", "comments": "  RBN 12 dB 22 WPM via W3LPL  ", "name": "Brightwater SF",
+              "locationDesc": "US-CT", "grid4": "FN31", "grid6": "FN31pr", "latitude": 41.7,
+              "longitude": -72.7})",
+            {"K1ABC|US-1234|Brightwater SF|14062.5|CW|W1AW-#|RBN 12 dB 22 WPM via W3LPL|US-CT|FN31pr|"
+             "2024-05-01T12:34:56.000Z|41.72916667,-72.70833333"});
+        row("square grid",
+            R"({"activator": "VE3XYZ/P", "frequency": "7185", "mode": "SSB", "name": "Algonquin",
+              "reference": "CA-0117", "spotTime": "2024-05-01T12:30:00.250", "comments": "",
+              "locationDesc": "US-MT,US-ND", "grid6": "FN04"})",
+            {"VE3XYZ/P|CA-0117|Algonquin|7185|SSB|||US-MT,US-ND|FN04|2024-05-01T12:30:00.250Z|44.5,-79"});
+        // A number is read as kHz, like the text; other non-strings read as empty.
+        row("numbers",
+            R"({"activator": "N0NUM", "frequency": 14062, "spotTime": 1, "grid6": "FN3", "mode": 1})",
+            {"N0NUM|||14062|||||FN3||-"});
+        row("no frequency",
+            R"({"activator": "K9Q", "frequency": "nan"}, {"activator": "K9R", "frequency": "inf"},
+              {"activator": "K9S", "frequency": null}, {"activator": "K9T", "frequency": "14,062"})",
+            {"K9Q|||0|||||||-", "K9R|||0|||||||-", "K9S|||0|||||||-", "K9T|||0|||||||-"});
+        row("dropped", R"({"activator": "  ", "frequency": "14070"}, 17, "text", {"activator": 5})", {});
+        // Only "+" is taken for a zone: the appended "Z" spoils a negative offset.
+        row("times", R"({"activator": "A1", "spotTime": " 2024-05-01T12:34:56Z "},
+              {"activator": "A2", "spotTime": "2024-05-01T12:34:56+02:00"},
+              {"activator": "A3", "spotTime": "2024-05-01T12:34:56.789"},
+              {"activator": "A4", "spotTime": "2024-05-01T12:34:56-02:00"},
+              {"activator": "A5", "spotTime": "2024-05-01T12:34:56z"})",
+            {"A1|||0||||||2024-05-01T12:34:56.000Z|-", "A2|||0||||||2024-05-01T10:34:56.000Z|-",
+             "A3|||0||||||2024-05-01T12:34:56.789Z|-", "A4|||0|||||||-", "A5|||0|||||||-"});
     }
+    void pota() { check(StationSpot::POTA); }
 
-    void wwff()
+    void sota_data()
     {
-        // The service's own lat/lon are no position; kHz is taken as given, and
-        // fractional epoch seconds are truncated.
-        QCOMPARE(
-            parse("WWFF", k_wwffReply),
-            QStringList({"WWFF|ON4ABC/P|ONFF-0123|Hoge Venen|14244|SSB|DL1XYZ|loud in JO31|"
-                         "2024-05-01T12:34:56.000Z|-",
-                         "WWFF|F4AAA|FFF-1234|Parc du Morvan|7144|CW|F5BBB||2024-05-01T12:36:40.000Z|-"}));
-        const QStringList spots = parse("WWFF", R"([
-          {"activator": "A1", "spot_time": 0, "frequency_khz": "14244"},
-          {"activator": "A2", "spot_time": -86400},
-          {"activator": "A3", "spot_time": "1714566896"},
-          {"activator": "A4", "spot_time": 1e300},
-          {"activator": "A5", "spot_time": 1},
-          {"activator": 12345, "reference": "ONFF-0001"}])");
-        QCOMPARE(spots, QStringList({"WWFF|A1|||0|||||-", "WWFF|A2|||0|||||-", "WWFF|A3|||0|||||-",
-                                     "WWFF|A4|||0|||||-", "WWFF|A5|||0||||1970-01-01T00:00:01.000Z|-"}));
+        addColumns();
+        row("current shape", R"({"epoch": "6a1b", "id": 123, "timeStamp": "2026-11-21T17:51:41Z", "AltM": 950,
+              "activatorCallsign": "G4ABC/P", "activatorName": "Ann", "callsign": "M0XYZ",
+              "comments": "QRV now",
+              "frequency": 14.062, "mode": "CW", "summitCode": "G/LD-003", "summitName": "Helvellyn",
+              "AltFt": 3117, "points": 10, "userID": 1, "type": "NORMAL"})",
+            {"G4ABC/P|G/LD-003|Helvellyn|14062|CW|M0XYZ|QRV now|||2026-11-21T17:51:41.000Z|-"});
+        row("older shape", R"({"timeStamp": "2024-05-01T07:15:00", "comments": " QRV now, 5W ",
+              "associationCode": "HB", "summitCode": "HB/BE-123", "activatorCallsign": " HB9/DL1ABC/P ",
+              "frequency": "7.032", "mode": "cw", "summitDetails": "Niesen, 2362m, 10 Points",
+              "callsign": "G4ABC",
+              "summitName": "Niesen", "highlightColor": null, "highlat": 46.645, "highlon": 7.651},
+            {"timeStamp": "2024-05-01T07:20:31.250", "summitCode": "SE-029", "associationCode": "W5N",
+              "activatorCallsign": "K5ABC", "frequency": "14,061", "mode": "ssb",
+              "summitDetails": "Pajarito Peak, 2756m, 8 points"})",
+            {"HB9/DL1ABC/P|HB/BE-123|Niesen, 2362m, 10 Points|7032|CW|G4ABC|QRV now, 5W|||"
+             "2024-05-01T07:15:00.000Z|46.645,7.651",
+             "K5ABC|W5N/SE-029|Pajarito Peak, 2756m, 8 points|14061|SSB|||||2024-05-01T07:20:31.250Z|-"});
+        // Test spots are no activation; QRT spots are marked for the filters.
+        row("types",
+            R"({"activatorCallsign": "A1", "type": "TEST"}, {"activatorCallsign": "A2", "type": "QRT",
+              "comments": "thanks all"}, {"activatorCallsign": "A3", "type": "qrt"},
+              {"activatorCallsign": "A4", "type": "NORMAL", "comments": "QRT soon"})",
+            {"A2|||0|||QRT thanks all||||-", "A3|||0|||QRT||||-", "A4|||0|||QRT soon||||-"});
+        // 1000 and below is MHz, above is kHz, as text or number.
+        row("frequencies", R"({"activatorCallsign": "A1", "frequency": " 1000 "},
+              {"activatorCallsign": "A2", "frequency": "1000.5"}, {"activatorCallsign": "A3",
+              "frequency": 7032},
+              {"activatorCallsign": "A4", "frequency": null}, {"activatorCallsign": "A5", "frequency": "abc"},
+              {"activatorCallsign": "A6", "frequency": "inf"}, {"activatorCallsign": "A7",
+              "frequency": "1,0.5"})",
+            {"A1|||1000000|||||||-", "A2|||1000.5|||||||-", "A3|||7032|||||||-", "A4|||0|||||||-",
+             "A5|||0|||||||-", "A6|||0|||||||-", "A7|||0|||||||-"});
+        // A position needs both coordinates as numbers; a code with a "/" keeps it.
+        row("positions and codes", R"({"activatorCallsign": "A1", "highlat": "47.1", "highlon": 11.2},
+              {"activatorCallsign": "A2", "highlat": 47.1}, {"activatorCallsign": "A3", "highlat": -33.5,
+              "highlon": -70.25, "summitCode": "CE/RM-001", "associationCode": "XX"},
+              {"activatorCallsign": "A4", "summitCode": "LD-001", "summitDetails": "",
+              "summitName": " Named "},
+              {"activatorCallsign": "  ", "frequency": "7.032"}, "A6", 42)",
+            {"A1|||0|||||||-", "A2|||0|||||||-", "A3|CE/RM-001||0|||||||-33.5,-70.25",
+             "A4|LD-001|Named|0|||||||-"});
     }
+    void sota() { check(StationSpot::SOTA); }
 
-    void wwbota()
+    void wwff_data()
     {
-        // One spot per reference; always MHz; a QRT activation marks its comment.
-        QCOMPARE(parse("WWBOTA", k_wwbotaReply),
-                 QStringList({"WWBOTA|G0ABC/P|B/G-0001|Pillbox at Dover|7144|SSB|M0XYZ|cq cq|"
-                              "2024-05-01T12:34:56.123Z|-",
-                              "WWBOTA|G0ABC/P|B/G-0002|Coastal battery|7144|SSB|M0XYZ|cq cq|"
-                              "2024-05-01T12:34:56.123Z|-",
-                              "WWBOTA|ON4ABC|B/ON-0042|Fort Eben-Emael|14062|CW|ON4ABC|QRT thanks all|"
-                              "2024-05-01T11:00:00.000Z|-"}));
+        addColumns();
+        // The service's own lat/lon are no position; kHz as given; epoch seconds truncated.
+        row("reply",
+            R"({"id": 77001, "activator": " ON4ABC/P ", "reference": "ONFF-0123", "lat": 50.5, "lon": 6.1,
+              "reference_name": "Hoge Venen", "frequency_khz": 14244.0, "mode": "ssb", "spotter": "DL1XYZ",
+              "remarks": "loud in JO31", "spot_time": 1714566896},
+            {"activator": "F4AAA", "frequency_khz": 7144, "spot_time": 1714567000.9})",
+            {"ON4ABC/P|ONFF-0123|Hoge Venen|14244|SSB|DL1XYZ|loud in JO31|||2024-05-01T12:34:56.000Z|-",
+             "F4AAA|||7144||||||2024-05-01T12:36:40.000Z|-"});
+        row("bad values", R"({"activator": "A1", "spot_time": 0, "frequency_khz": "14244"},
+              {"activator": "A2", "spot_time": -86400}, {"activator": "A3", "spot_time": "1714566896"},
+              {"activator": "A4", "spot_time": 1e300}, {"activator": "A5", "spot_time": 1},
+              {"activator": 12345, "reference": "ONFF-0001"})",
+            {"A1|||0|||||||-", "A2|||0|||||||-", "A3|||0|||||||-", "A4|||0|||||||-",
+             "A5|||0||||||1970-01-01T00:00:01.000Z|-"});
+    }
+    void wwff() { check(StationSpot::WWFF); }
+
+    void wwbota_data()
+    {
+        addColumns();
+        // One spot per reference; always MHz; a QRT activation marks its comment; a test one is dropped.
+        row("reply", R"({"call": " G0ABC/P ", "references": [
+                {"reference": "B/G-0001", "name": "Pillbox at Dover", "lat": 51.1, "long": 1.3},
+                {"reference": "B/G-0002", "name": "Coastal battery"}],
+              "freq": 7.144, "mode": "ssb", "spotter": "M0XYZ", "type": "Live", "comment": " cq cq ",
+              "time": "2024-05-01T12:34:56.123Z"},
+            {"call": "ON4ABC", "references": [{"reference": "B/ON-0042", "name": "Fort Eben-Emael"}],
+              "freq": 14.062, "mode": "CW", "type": "qrt", "comment": "thanks",
+              "time": "2024-05-01T13:00:00+02:00"},
+            {"call": "ON4XYZ", "references": [{"reference": "B/ON-0043"}], "freq": 7.1, "type": "Test"})",
+            {"G0ABC/P|B/G-0001|Pillbox at Dover|7144|SSB|M0XYZ|cq cq|||2024-05-01T12:34:56.123Z|-",
+             "G0ABC/P|B/G-0002|Coastal battery|7144|SSB|M0XYZ|cq cq|||2024-05-01T12:34:56.123Z|-",
+             "ON4ABC|B/ON-0042|Fort Eben-Emael|14062|CW||QRT thanks|||2024-05-01T11:00:00.000Z|-"});
         // Unlike SOTA and POTA, a time without a zone is this computer's local
         // time (UTC+2 in May, UTC+1 in January in the zone set up above).
-        const QStringList spots = parse("WWBOTA", R"([
-          {"call": "A1", "references": [{"reference": "B/1"}], "freq": 7144, "type": "qrt",
-           "comment": "", "time": "2024-05-01T12:34:56"},
-          {"call": "A2", "references": [{"reference": "B/2"}], "type": "Live", "comment": "QRT soon",
-           "time": "2024-01-15T08:00:00.500"},
-          {"call": "A3", "references": [{"reference": "B/3"}], "type": "QRT-ish", "comment": "x",
-           "time": "2024-05-01T12:34:56-04:00"},
-          {"call": "A4", "references": [{"reference": ""}, {"name": "nameless"}, "B/4", null,
-                                        {"reference": " B/4 ", "name": " Kept "}], "time": "soon"},
-          {"call": "A5", "references": []},
-          {"call": "A6"},
-          {"call": "  ", "references": [{"reference": "B/7"}]}])");
-        QCOMPARE(spots, QStringList({"WWBOTA|A1|B/1||7144000|||QRT|2024-05-01T10:34:56.000Z|-",
-                                     "WWBOTA|A2|B/2||0|||QRT soon|2024-01-15T07:00:00.500Z|-",
-                                     "WWBOTA|A3|B/3||0|||x|2024-05-01T16:34:56.000Z|-",
-                                     "WWBOTA|A4|B/4|Kept|0|||||-"}));
+        row("odd activations", R"({"call": "A1", "references": [{"reference": "B/1"}], "freq": 7144,
+              "type": "qrt", "comment": "", "time": "2024-05-01T12:34:56"},
+            {"call": "A2", "references": [{"reference": "B/2"}], "type": "Live", "comment": "QRT soon",
+              "time": "2024-01-15T08:00:00.500"},
+            {"call": "A3", "references": [{"reference": "B/3"}], "type": "QRT-ish", "comment": "x",
+              "time": "2024-05-01T12:34:56-04:00"},
+            {"call": "A4", "references": [{"reference": ""}, {"name": "nameless"}, "B/4", null,
+              {"reference": " B/4 ", "name": " Kept "}], "time": "soon"},
+            {"call": "A5", "references": []}, {"call": "A6"}, {"call": "  ",
+            "references": [{"reference": "B/7"}]})",
+            {"A1|B/1||7144000|||QRT|||2024-05-01T10:34:56.000Z|-",
+             "A2|B/2||0|||QRT soon|||2024-01-15T07:00:00.500Z|-",
+             "A3|B/3||0|||x|||2024-05-01T16:34:56.000Z|-", "A4|B/4|Kept|0|||||||-"});
     }
+    void wwbota() { check(StationSpot::WWBOTA); }
 
-    void gma()
+    void gma_data()
     {
-        // Spots under "RCD", upper-cased calls, the hour padded, MHz or kHz as for SOTA.
-        QCOMPARE(parse("GMA", k_gmaReply),
-                 QStringList(
-                     {"GMA|DL1ABC|DM/BW-001|Feldberg|7032|CW|DL2XYZ|tnx fer QSO|2024-05-01T09:30:00.000Z|-",
-                      "GMA|OE5XYZ/P|OE/OO-123|Traunstein|14285|SSB|OE5XYZ||2024-05-01T17:45:00.000Z|-"}));
+        addColumns();
+        // Upper-cased calls, the hour padded, MHz or kHz as text or number.
+        row("reply", R"({"ACTIVATOR": " dl1abc ", "REF": "DM/BW-001", "NAME": "Feldberg", "MODE": "cw",
+              "SPOTTER": "dl2xyz", "TEXT": " tnx fer QSO ", "QRG": "7.032", "DATE": "20240501", "TIME": "930",
+              "LAT": "47.87", "LON": "8.00"},
+            {"ACTIVATOR": "OE5XYZ/P", "REF": "OE/OO-123", "MODE": "SSB", "QRG": "14285.0", "DATE": "20240501",
+              "TIME": "1745"})",
+            {"DL1ABC|DM/BW-001|Feldberg|7032|CW|DL2XYZ|tnx fer QSO|||2024-05-01T09:30:00.000Z|-",
+             "OE5XYZ/P|OE/OO-123||14285|SSB|||||2024-05-01T17:45:00.000Z|-"});
         // The wall clock is UTC, so a gap in the local summer-time change does
         // not matter; a time padded beyond 4 characters is not cut down.
-        const QStringList spots = parse("GMA", R"({"RCD": [
-          {"ACTIVATOR": "A1", "DATE": "20240501", "TIME": "5", "QRG": "1000"},
-          {"ACTIVATOR": "A2", "DATE": "20240331", "TIME": "230", "QRG": 7.032},
-          {"ACTIVATOR": "A3", "DATE": "20240501", "TIME": "09300"},
-          {"ACTIVATOR": "A4", "DATE": "2024-05-01", "TIME": "0930"},
-          {"ACTIVATOR": "A5", "DATE": "20240501", "TIME": "2460"},
-          {"ACTIVATOR": "", "DATE": "20240501", "TIME": "0930"}, "A7"]})");
-        QCOMPARE(spots, QStringList({"GMA|A1|||1000000||||2024-05-01T00:05:00.000Z|-",
-                                     "GMA|A2|||0||||2024-03-31T02:30:00.000Z|-", "GMA|A3|||0|||||-",
-                                     "GMA|A4|||0|||||-", "GMA|A5|||0|||||-"}));
+        row("odd records", R"({"ACTIVATOR": "A1", "DATE": "20240501", "TIME": "5", "QRG": "1000"},
+            {"ACTIVATOR": "A2", "DATE": "20240331", "TIME": "230", "QRG": 7.032},
+            {"ACTIVATOR": "A3", "DATE": "20240501", "TIME": "09300", "QRG": 14285},
+            {"ACTIVATOR": "A4", "DATE": "2024-05-01", "TIME": "0930"},
+            {"ACTIVATOR": "A5", "DATE": "20240501", "TIME": "2460"},
+            {"ACTIVATOR": "", "DATE": "20240501", "TIME": "0930"}, "A7")",
+            {"A1|||1000000||||||2024-05-01T00:05:00.000Z|-", "A2|||7032||||||2024-03-31T02:30:00.000Z|-",
+             "A3|||14285|||||||-", "A4|||0|||||||-", "A5|||0|||||||-"});
     }
+    void gma() { check(StationSpot::GMA); }
 
     void fetchGetsPathAndDeliversSpots()
     {
-        const QList<std::tuple<QString, QByteArray, QByteArray>> sources = {
-            {"SOTA", "/api/spots/-72", k_sotaReply},
-            {"WWFF", "/static/spots.json", k_wwffReply},
-            {"WWBOTA", "/spots/", k_wwbotaReply},
-            {"GMA", "/api/spots/gma/", k_gmaReply}};
         HttpTestServer server;
         QVERIFY(server.start());
-        for (const auto &[source, path, body] : sources) {
-            server.setRoute(path, body);
+        for (const Service &s : services()) {
+            const QByteArray body = reply(s.source, k_anySpot);
+            server.setRoute(s.path, body);
             server.clearRequests();
-            const std::unique_ptr<SpotFetcher> fetcher = makeFetcher(source, server.url());
+            const std::unique_ptr<SpotFetcher> fetcher(s.make(server.url()));
             QSignalSpy started(fetcher.get(), &SpotFetcher::fetchStarted);
             QSignalSpy ready(fetcher.get(), &SpotFetcher::spotsReady);
             QSignalSpy errors(fetcher.get(), &SpotFetcher::fetchError);
             fetcher->fetch();
-            QCOMPARE(started.count(), 1);
             QVERIFY(ready.wait(5000));
-
+            QCOMPARE(started.count(), 1);
             QCOMPARE(errors.count(), 0);
-            QCOMPARE(server.requestCount(), 1);
-            const HttpTestServer::Request request = server.requests().first();
+            QCOMPARE(fetcher->sourceName(), StationSpot::sourceName(s.source));
+            // SOTA asks for its epoch first; a service without one gets the list asked for anyway.
+            const HttpTestServer::Request request = server.requests().constLast();
+            QCOMPARE(server.requestCount(), s.source == StationSpot::SOTA ? 2 : 1);
             QCOMPARE(request.method, QByteArray("GET"));
-            QCOMPARE(request.path, path);
+            QCOMPARE(request.path, s.path);
             QCOMPARE(request.headers.value("user-agent"), QByteArray("Tallis/0.1 (Brightwater)"));
-            QCOMPARE(describe(ready.first().first().value<QList<StationSpot>>()), parse(source, body));
+            QCOMPARE(describe(ready.first().first().value<QList<StationSpot>>()),
+                     describe(s.parse(body, nullptr)));
         }
     }
 };

@@ -50,7 +50,7 @@ void ClusterTestServer::onNewConnection()
             m_greeted.remove(socket);
             socket->deleteLater();
         });
-        socket->write("login: ");
+        socket->write(m_greeting);
     }
 }
 
@@ -67,8 +67,14 @@ void ClusterTestServer::onReadyRead(QTcpSocket *socket)
         if (line.endsWith('\r'))
             line.chop(1);
         ++m_lines[line];
-        if (!m_greeted.contains(socket) && !m_loginReply.isEmpty())
-            socket->write("\r\n" + m_loginReply);
+        const bool first = !m_greeted.contains(socket);
         m_greeted.insert(socket);
+        if (first && !m_loginReply.isEmpty()) {
+            socket->write("\r\n" + m_loginReply);
+            if (m_closeAfterReply) {
+                socket->disconnectFromHost();
+                return;
+            }
+        }
     }
 }

@@ -11,6 +11,8 @@ class QTcpSocket;
 // A telnet DX cluster node on 127.0.0.1 for tests: greets every client with a
 // prompt that has no line feed, as real nodes do, counts the lines clients
 // send, and lets the test push text and drop connections from the node's side.
+// Tests set no greeting for a node that prompts nothing, a banner for one that
+// talks first, and a closing reply for one that refuses or drops at once.
 class ClusterTestServer final : public QObject
 {
     Q_OBJECT
@@ -26,9 +28,16 @@ public:
     void stopListening() { m_server.close(); }
     quint16 port() const { return m_port; }
 
+    // Sent to every client as it connects; "login: " unless set.
+    void setGreeting(const QByteArray &greeting) { m_greeting = greeting; }
     // Sent once per connection after the client's first line, as nodes do
-    // once they have the call; empty: nothing.
-    void setLoginReply(const QByteArray &reply) { m_loginReply = reply; }
+    // once they have the call, then the connection is closed when thenClose
+    // is set; empty: nothing.
+    void setLoginReply(const QByteArray &reply, bool thenClose = false)
+    {
+        m_loginReply = reply;
+        m_closeAfterReply = thenClose;
+    }
 
     void send(const QByteArray &data);
     void sendLine(const QByteArray &line) { send(line + "\r\n"); }
@@ -45,7 +54,9 @@ private:
 
     QTcpServer m_server;
     quint16 m_port = 0;
+    QByteArray m_greeting = "login: ";
     QByteArray m_loginReply;
+    bool m_closeAfterReply = false;
     QHash<QTcpSocket *, QByteArray> m_buffers; // one per connected client
     QSet<QTcpSocket *> m_greeted;              // sent their first line
     QHash<QByteArray, int> m_lines;

@@ -32,9 +32,9 @@ QUrl HttpTestServer::url() const
 }
 
 void HttpTestServer::setRoute(const QByteArray &path, const QByteArray &body, int status,
-                              const QByteArray &contentType)
+                              const QByteArray &contentType, const QByteArray &headers)
 {
-    m_routes.insert(path, Route{body, status, contentType});
+    m_routes.insert(path, Route{body, status, contentType, headers});
 }
 
 void HttpTestServer::setHoldReplies(bool hold)
@@ -46,7 +46,7 @@ void HttpTestServer::releaseHeld(const QByteArray &path)
 {
     QList<Pending> release;
     for (auto it = m_held.begin(); it != m_held.end();) {
-        if (path.isEmpty() || it->path == path) {
+        if (path.isEmpty() || it->request.path == path) {
             release.append(*it);
             it = m_held.erase(it);
         } else {
@@ -55,7 +55,7 @@ void HttpTestServer::releaseHeld(const QByteArray &path)
     }
     for (const Pending &p : std::as_const(release)) {
         if (p.socket)
-            respond(p.socket, p.path);
+            respond(p.socket, p.request);
     }
 }
 
@@ -104,19 +104,24 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
     m_requests.append(request);
     emit requestReceived(request.path);
     if (m_hold)
-        m_held.append(Pending{socket, request.path});
+        m_held.append(Pending{socket, request});
     else
-        respond(socket, request.path);
+        respond(socket, request);
 }
 
-void HttpTestServer::respond(QTcpSocket *socket, const QByteArray &path)
+void HttpTestServer::respond(QTcpSocket *socket, const Request &request)
 {
-    const auto it = m_routes.constFind(path);
-    const Route route = it != m_routes.constEnd() ? *it : Route{"not found", 404, "text/plain"};
+    const auto it = m_routes.constFind(request.path);
+    Route route = it != m_routes.constEnd() ? *it : Route{"not found", 404, "text/plain", {}};
+    const QByteArray etag = request.headers.value("if-none-match");
+    if (!etag.isEmpty() && route.headers.contains("ETag: " + etag + "\r\n")) {
+        route.status = 304;
+        route.body.clear();
+    }
     QByteArray reply = "HTTP/1.1 " + QByteArray::number(route.status) + " Status\r\n";
     reply += "Content-Type: " + route.contentType + "\r\n";
     reply += "Content-Length: " + QByteArray::number(route.body.size()) + "\r\n";
-    reply += "Connection: close\r\n\r\n";
+    reply += route.headers + "Connection: close\r\n\r\n";
     reply += route.body;
     socket->write(reply);
     socket->disconnectFromHost();

@@ -12,7 +12,8 @@ class QTcpSocket;
 
 // A small HTTP/1.1 server on 127.0.0.1 for tests: serves chosen bodies and
 // statuses per path, records every request, and can hold replies back so a
-// test can act while a request is in flight.
+// test can act while a request is in flight. A route whose headers carry an
+// ETag answers 304 to a request that names that ETag in If-None-Match.
 class HttpTestServer final : public QObject
 {
     Q_OBJECT
@@ -34,9 +35,9 @@ public:
     quint16 port() const;
     QUrl url() const; // http://127.0.0.1:port
 
-    // Unknown paths get 404.
+    // Unknown paths get 404. headers: extra raw header lines, each ending in "\r\n".
     void setRoute(const QByteArray &path, const QByteArray &body, int status = 200,
-                  const QByteArray &contentType = "application/json");
+                  const QByteArray &contentType = "application/json", const QByteArray &headers = {});
     void setHoldReplies(bool hold);
     // Answers the held requests, or only those for path when one is given.
     void releaseHeld(const QByteArray &path = QByteArray());
@@ -55,16 +56,17 @@ private:
         QByteArray body;
         int status = 200;
         QByteArray contentType;
+        QByteArray headers;
     };
     struct Pending
     {
         QPointer<QTcpSocket> socket;
-        QByteArray path;
+        Request request;
     };
 
     void onNewConnection();
     void onReadyRead(QTcpSocket *socket);
-    void respond(QTcpSocket *socket, const QByteArray &path);
+    void respond(QTcpSocket *socket, const Request &request);
 
     QTcpServer m_server;
     QHash<QByteArray, Route> m_routes;

@@ -1,4 +1,4 @@
-#include "sources/spotjson.h"
+#include "sources/servicejson.h"
 
 #include <QJsonDocument>
 #include <QJsonParseError>
@@ -6,45 +6,41 @@
 
 #include <cmath>
 
-namespace SpotJson {
+namespace ServiceJson {
 
 namespace {
 
-std::optional<QJsonDocument> parseDocument(const QByteArray &body, const QString &sourceName, QString *error)
+// The body as a document of the wanted shape (an array, else an object).
+std::optional<QJsonDocument> parseDocument(const QByteArray &body, const QString &sourceName, QString *error,
+                                           bool wantArray)
 {
     QJsonParseError parseError;
     QJsonDocument document = QJsonDocument::fromJson(body, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("%1 JSON parse error: %2").arg(sourceName, parseError.errorString());
-        return std::nullopt;
-    }
-    return document;
+    QString fault;
+    if (parseError.error != QJsonParseError::NoError)
+        fault = QStringLiteral("%1 JSON parse error: %2").arg(sourceName, parseError.errorString());
+    else if (document.isArray() != wantArray)
+        fault = QStringLiteral("%1 response is not a JSON %2")
+                    .arg(sourceName, wantArray ? QStringLiteral("array") : QStringLiteral("object"));
+    if (fault.isEmpty())
+        return document;
+    if (error)
+        *error = fault;
+    return std::nullopt;
 }
 
 } // namespace
 
 std::optional<QJsonArray> parseArray(const QByteArray &body, const QString &sourceName, QString *error)
 {
-    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error);
-    if (!document)
-        return std::nullopt;
-    if (!document->isArray()) {
-        *error = QStringLiteral("%1 response is not a JSON array").arg(sourceName);
-        return std::nullopt;
-    }
-    return document->array();
+    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error, true);
+    return document ? std::optional<QJsonArray>(document->array()) : std::nullopt;
 }
 
 std::optional<QJsonObject> parseObject(const QByteArray &body, const QString &sourceName, QString *error)
 {
-    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error);
-    if (!document)
-        return std::nullopt;
-    if (!document->isObject()) {
-        *error = QStringLiteral("%1 response is not a JSON object").arg(sourceName);
-        return std::nullopt;
-    }
-    return document->object();
+    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error, false);
+    return document ? std::optional<QJsonObject>(document->object()) : std::nullopt;
 }
 
 QString text(const QJsonObject &object, const QString &key)
@@ -58,13 +54,32 @@ double number(const QJsonObject &object, const QString &key)
     return std::isfinite(value) ? value : 0.0;
 }
 
-double textToKhz(const QString &text)
+double frequency(const QJsonValue &value, DecimalComma comma)
 {
-    bool ok = false;
-    const double value = text.toDouble(&ok);
-    if (!ok || !std::isfinite(value))
-        return 0.0;
+    double result = 0.0;
+    if (value.isDouble()) {
+        result = value.toDouble();
+    } else if (value.isString()) {
+        QString text = value.toString().trimmed();
+        if (comma == DecimalComma::Accepted && !text.contains(QLatin1Char('.')))
+            text.replace(QLatin1Char(','), QLatin1Char('.'));
+        bool ok = false;
+        result = text.toDouble(&ok);
+        if (!ok)
+            return 0.0;
+    }
+    // "nan" and "inf" convert, but are no frequency.
+    return std::isfinite(result) ? result : 0.0;
+}
+
+double mhzOrKhzToKhz(double value)
+{
     return value <= 1000.0 ? value * 1000.0 : value;
+}
+
+QString qrtComment(const QString &comment)
+{
+    return comment.isEmpty() ? QStringLiteral("QRT") : QStringLiteral("QRT ") + comment;
 }
 
 namespace {
@@ -118,4 +133,4 @@ QDateTime isoTimeAssumingUtc(const QString &text)
     return time.isValid() ? time.toUTC() : QDateTime();
 }
 
-} // namespace SpotJson
+} // namespace ServiceJson

@@ -10,13 +10,13 @@
 
 #include <optional>
 
-// Small readers shared by the JSON spot parsers. The services are not ours, so
-// every reader is lenient: a missing or wrongly typed value reads as empty or
-// zero instead of failing the whole reply.
-namespace SpotJson {
+// Readers for the JSON the spot services send (the API's own JSON writer is
+// elsewhere). The services are not ours, so every reader is lenient: a missing
+// or wrongly typed value reads as empty or zero instead of failing the reply.
+namespace ServiceJson {
 
 // The body as a top-level array or object. On failure no value is returned and
-// *error holds the text shown to the user, prefixed with the source name
+// *error (when given) holds the text shown to the user, prefixed with the source name
 // ("SOTA JSON parse error: ...", "SOTA response is not a JSON array").
 std::optional<QJsonArray> parseArray(const QByteArray &body, const QString &sourceName, QString *error);
 std::optional<QJsonObject> parseObject(const QByteArray &body, const QString &sourceName, QString *error);
@@ -27,9 +27,19 @@ QString text(const QJsonObject &object, const QString &key);
 // The value under key if it is a finite JSON number; otherwise 0.
 double number(const QJsonObject &object, const QString &key);
 
-// Text that may carry either MHz or kHz: a value of 1000 or less is MHz and is
-// scaled, a larger one is already kHz. Text that is not a finite number gives 0.
-double textToKhz(const QString &text);
+enum class DecimalComma { Rejected, Accepted };
+
+// A frequency as the services send it: numeric text (the form they were built
+// with) or, from newer service versions, a plain JSON number. Anything else,
+// null included, and anything not finite gives 0. With DecimalComma::Accepted
+// a text with a comma and no point ("14,061") is read with the comma as point.
+double frequency(const QJsonValue &value, DecimalComma comma = DecimalComma::Rejected);
+
+// A value that may be MHz or kHz: 1000 or less is MHz and is scaled.
+double mhzOrKhzToKhz(double value);
+
+// A comment marked so that the table and the filters see the station has gone.
+QString qrtComment(const QString &comment);
 
 // An ISO 8601 time stamp that the service means as UTC even when it carries no
 // zone: a "Z" is appended unless the text already ends in one or has a "+"
@@ -54,4 +64,4 @@ QList<StationSpot> collectSpots(const QJsonArray &array, BuildSpot buildSpot)
     return spots;
 }
 
-} // namespace SpotJson
+} // namespace ServiceJson

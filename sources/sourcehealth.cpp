@@ -1,0 +1,116 @@
+#include "sources/sourcehealth.h"
+
+#include "sources/spotfetcher.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+QString localTime(qint64 ms)
+{
+    return QDateTime::fromMSecsSinceEpoch(ms).toLocalTime().toString(QStringLiteral("HH:mm:ss"));
+}
+
+} // namespace
+
+SourceHealth::SourceHealth(QObject *parent)
+    : QObject(parent)
+    , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
+{}
+
+SourceHealth::~SourceHealth() = default;
+
+void SourceHealth::setClock(Clock clock)
+{
+    m_clock = std::move(clock);
+}
+
+void SourceHealth::watch(SpotFetcher *fetcher, const QString &name)
+{
+    if (!fetcher || find(fetcher))
+        return;
+    Record fresh;
+    fresh.fetcher = fetcher;
+    fresh.name = name;
+    m_records.append(fresh);
+    connect(fetcher, &SpotFetcher::fetchStarted, this, [this, fetcher] {
+        if (Record *record = find(fetcher))
+            record->tickFailed = false;
+    });
+    connect(fetcher, &SpotFetcher::fetchError, this, [this, fetcher](const QString &error) {
+        Record *record = find(fetcher);
+        if (!record)
+            return;
+        record->tickFailed = true;
+        record->failing = true;
+        record->lastError = error;
+        record->lastErrorMs = m_clock();
+        emit changed();
+    });
+    connect(fetcher, &SpotFetcher::spotsReady, this, [this, fetcher](const QList<StationSpot> &spots) {
+        Record *record = find(fetcher);
+        // A reply the parser faulted still ends in an empty batch: no success.
+        if (!record || record->tickFailed)
+            return;
+        record->failing = false;
+        record->lastSuccessMs = m_clock();
+        record->spotCount = spots.size();
+        emit changed();
+    });
+    connect(fetcher, &QObject::destroyed, this, [this, fetcher] {
+        m_records.removeIf([fetcher](const Record &record) { return record.fetcher == fetcher; });
+        emit changed();
+    });
+    emit changed();
+}
+
+SourceHealth::Record *SourceHealth::find(const SpotFetcher *fetcher)
+{
+    const auto it = std::find_if(m_records.begin(), m_records.end(),
+                                 [fetcher](const Record &record) { return record.fetcher == fetcher; });
+    return it != m_records.end() ? &*it : nullptr;
+}
+
+int SourceHealth::failingCount() const
+{
+    return int(std::count_if(m_records.cbegin(), m_records.cend(), [](const Record &record) {
+        return record.failing && record.fetcher->isAutoRefreshing();
+    }));
+}
+
+QString SourceHealth::labelText() const
+{
+    const int failing = failingCount();
+    return failing == 0 ? QStringLiteral("Sources: all answering")
+                        : QStringLiteral("Sources: %1 failing").arg(failing);
+}
+
+QString SourceHealth::toolTip() const
+{
+    QStringList lines;
+    for (const Record &record : m_records)
+        lines << describe(record);
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString SourceHealth::describe(const Record &record)
+{
+    QString line = record.name + QStringLiteral(": ");
+    if (!record.fetcher->isAutoRefreshing())
+        line += QStringLiteral("off; ");
+    if (record.lastSuccessMs > 0)
+        line += QStringLiteral("%1 %2 at %3")
+                    .arg(QString::number(record.spotCount),
+                         record.spotCount == 1 ? QStringLiteral("spot") : QStringLiteral("spots"),
+                         localTime(record.lastSuccessMs));
+    else
+        line += QStringLiteral("no answer yet");
+    if (record.lastErrorMs > 0)
+        line += QStringLiteral("; %1 at %2: %3")
+                    .arg(record.failing ? QStringLiteral("failing") : QStringLiteral("last error"),
+                         localTime(record.lastErrorMs), record.lastError);
+    return line;
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class SpotFetcher;
+
+// How the web spot sources have been answering: per source the last good
+// answer (when, how many spots) and the last error (when, what), summed up
+// for a status-bar label. A source counts as failing while its last tick
+// ended in an error; one that is not polling (switched off) never does.
+class SourceHealth final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SourceHealth)
+
+public:
+    // Milliseconds since the Unix epoch; tests hand in their own.
+    using Clock = std::function<qint64()>;
+
+    explicit SourceHealth(QObject *parent = nullptr);
+    ~SourceHealth() override;
+
+    void setClock(Clock clock);
+    // Follows the fetcher's signals until it is destroyed; listed in watch order.
+    void watch(SpotFetcher *fetcher, const QString &name);
+
+    int failingCount() const;
+    // "Sources: all answering" or "Sources: N failing".
+    QString labelText() const;
+    // One line per source with its last answer and last error.
+    QString toolTip() const;
+
+signals:
+    void changed();
+
+private:
+    struct Record
+    {
+        SpotFetcher *fetcher = nullptr;
+        QString name;
+        qint64 lastSuccessMs = 0; // 0: none yet
+        qsizetype spotCount = 0;
+        qint64 lastErrorMs = 0;
+        QString lastError;
+        bool failing = false;
+        bool tickFailed = false; // the current tick has reported an error
+    };
+
+    Record *find(const SpotFetcher *fetcher);
+    static QString describe(const Record &record);
+
+    Clock m_clock;
+    QList<Record> m_records;
+};

@@ -62,10 +62,10 @@ QList<StationSpot> realisticSpots(int n, qint64 nowMs)
 void fillModel(StationModel &model, int n, qint64 nowMs)
 {
     const QList<StationSpot> spots = realisticSpots(n, nowMs);
-    QList<StationSpot> perSource[7];
+    QList<StationSpot> perSource[StationSpot::k_sourceCount];
     for (const StationSpot &s : spots)
         perSource[s.source].append(s);
-    for (int source = 0; source < 7; ++source) {
+    for (int source = 0; source < StationSpot::k_sourceCount; ++source) {
         // DX batches only add, so one batch gives the rows a line at a time would.
         model.mergeSpots(perSource[source]);
     }

@@ -6,48 +6,12 @@
 
 namespace {
 
-std::vector<QString> toList(const QSet<QString> &set)
+// Whether a set restricting one source lets the spot's reference through:
+// an empty set restricts nothing, else the text before the separator must be in it.
+bool prefixAllowed(const QSet<QString> &prefixes, const QString &reference, QChar separator)
 {
-    return std::vector<QString>(set.cbegin(), set.cend());
-}
-
-bool listContains(const std::vector<QString> &list, QStringView text)
-{
-    for (const QString &entry : list) {
-        if (text == entry)
-            return true;
-    }
-    return false;
-}
-
-// The reference up to the first separator, or the whole reference.
-QStringView referencePrefix(const QString &reference, QChar separator)
-{
-    const qsizetype cut = reference.indexOf(separator);
-    return cut < 0 ? QStringView(reference) : QStringView(reference).left(cut);
-}
-
-bool isAscii(const QString &text)
-{
-    for (const QChar c : text) {
-        if (c.unicode() >= 0x80)
-            return false;
-    }
-    return true;
-}
-
-SpotFilterProxyModel::ModeClass classifyUpper(QStringView mode, Qt::CaseSensitivity cs)
-{
-    const auto is = [&](const char *literal) { return mode.compare(QLatin1String(literal), cs) == 0; };
-    if (is("SSB") || is("USB") || is("LSB"))
-        return SpotFilterProxyModel::SsbMode;
-    if (is("CW") || is("CWR") || is("CW-R"))
-        return SpotFilterProxyModel::CwMode;
-    if (is("AM"))
-        return SpotFilterProxyModel::AmMode;
-    if (is("FM") || is("NFM") || is("WFM"))
-        return SpotFilterProxyModel::FmMode;
-    return SpotFilterProxyModel::OtherMode;
+    // left() of a negative count, no separator, is the whole reference.
+    return prefixes.isEmpty() || prefixes.contains(reference.left(reference.indexOf(separator)));
 }
 
 } // namespace
@@ -107,14 +71,12 @@ void SpotFilterProxyModel::setBandFilter(const QSet<QString> &bands)
 void SpotFilterProxyModel::setPotaPrograms(const QSet<QString> &programs)
 {
     m_potaPrograms = programs;
-    m_potaProgramList = toList(programs);
     invalidateFilter();
 }
 
 void SpotFilterProxyModel::setSotaAssociations(const QSet<QString> &associations)
 {
     m_sotaAssociations = associations;
-    m_sotaAssociationList = toList(associations);
     invalidateFilter();
 }
 
@@ -135,11 +97,17 @@ bool SpotFilterProxyModel::isRefilterActive() const
 
 SpotFilterProxyModel::ModeClass SpotFilterProxyModel::modeClass(const QString &mode)
 {
-    // ASCII modes compare without building an upper-cased copy.
-    if (isAscii(mode))
-        return classifyUpper(mode, Qt::CaseInsensitive);
     const QString upper = mode.toUpper();
-    return classifyUpper(upper, Qt::CaseSensitive);
+    const auto is = [&upper](const char *name) { return upper == QLatin1String(name); };
+    if (is("SSB") || is("USB") || is("LSB"))
+        return SsbMode;
+    if (is("CW") || is("CWR") || is("CW-R"))
+        return CwMode;
+    if (is("AM"))
+        return AmMode;
+    if (is("FM") || is("NFM") || is("WFM"))
+        return FmMode;
+    return OtherMode;
 }
 
 void SpotFilterProxyModel::setSourceModel(QAbstractItemModel *model)
@@ -192,11 +160,10 @@ bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
             return false;
     }
 
-    if (spot.source == StationSpot::POTA && !m_potaProgramList.empty() &&
-        !listContains(m_potaProgramList, referencePrefix(spot.reference, QLatin1Char('-'))))
+    if (spot.source == StationSpot::POTA && !prefixAllowed(m_potaPrograms, spot.reference, QLatin1Char('-')))
         return false;
-    if (spot.source == StationSpot::SOTA && !m_sotaAssociationList.empty() &&
-        !listContains(m_sotaAssociationList, referencePrefix(spot.reference, QLatin1Char('/'))))
+    if (spot.source == StationSpot::SOTA &&
+        !prefixAllowed(m_sotaAssociations, spot.reference, QLatin1Char('/')))
         return false;
 
     if (m_textFilter.isEmpty())

@@ -9,7 +9,6 @@
 #include <QString>
 
 #include <array>
-#include <vector>
 
 class QTimer;
 
@@ -28,8 +27,12 @@ public:
     static constexpr int k_statusAll = -1;
     static constexpr int k_refilterMs = 60000;
     static constexpr int k_defaultMaxAgeMins = 30;
+    // DX clusters are opt-in; every web source shows from the start.
+    static constexpr std::array<bool, StationSpot::k_sourceCount> k_defaultSourceEnabled{
+        {true, true, true, true, true, false, true}};
 
     enum ModeClass : int { SsbMode = 0, CwMode = 1, AmMode = 2, FmMode = 3, OtherMode = 4 };
+    static constexpr int k_modeClassCount = OtherMode + 1;
 
     explicit SpotFilterProxyModel(QObject *parent = nullptr);
     ~SpotFilterProxyModel() override;
@@ -67,18 +70,15 @@ private:
     // The source as a station model, or null; looked up once, not per row,
     // and cleared should the model go before the proxy.
     QPointer<const StationModel> m_stationModel;
-    std::array<bool, 7> m_sourceEnabled{{true, true, true, true, true, false, true}};
+    std::array<bool, StationSpot::k_sourceCount> m_sourceEnabled = k_defaultSourceEnabled;
     int m_statusFilter = k_statusActive;
     QString m_textFilter;
-    std::array<bool, 5> m_modeEnabled{{true, true, true, true, true}};
+    std::array<bool, k_modeClassCount> m_modeEnabled{{true, true, true, true, true}};
     int m_maxAgeMins = k_defaultMaxAgeMins;
     QSet<QString> m_bands;
     QSet<QString> m_potaPrograms;
     QSet<QString> m_sotaAssociations;
     QTimer *m_refilterTimer;
-
-    // Lookup forms of the sets above, so the per-row test allocates nothing.
+    // The band set in k_bands order, so that the per-row test looks no name up.
     std::array<bool, k_bands.size()> m_bandEnabled{};
-    std::vector<QString> m_potaProgramList;
-    std::vector<QString> m_sotaAssociationList;
 };

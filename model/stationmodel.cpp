@@ -53,7 +53,7 @@ StationSpot StationModel::spotAt(int row) const
 {
     if (row < 0 || row >= m_spots.size()) {
         StationSpot none;
-        none.source = static_cast<StationSpot::Source>(7);
+        none.source = static_cast<StationSpot::Source>(StationSpot::k_sourceCount);
         return none;
     }
     return m_spots.at(row);
@@ -110,24 +110,6 @@ QStringList referencePrefixes(const QList<StationSpot> &spots, StationSpot::Sour
     return prefixes;
 }
 
-QSet<QString> watchSet(const QStringList &entries)
-{
-    QSet<QString> set;
-    for (const QString &entry : entries) {
-        const QString trimmed = entry.trimmed();
-        if (!trimmed.isEmpty())
-            set.insert(trimmed.toLower());
-    }
-    return set;
-}
-
-std::vector<QString> sortedList(const QSet<QString> &set)
-{
-    std::vector<QString> list(set.cbegin(), set.cend());
-    std::sort(list.begin(), list.end());
-    return list;
-}
-
 } // namespace
 
 QStringList StationModel::potaPrograms() const
@@ -142,18 +124,14 @@ QStringList StationModel::sotaAssociations() const
 
 void StationModel::setWatchCallsigns(const QStringList &callsigns)
 {
-    m_watchCallsigns = watchSet(callsigns);
-    m_watchCallsignList = sortedList(m_watchCallsigns);
-    if (!m_spots.isEmpty())
-        emit dataChanged(index(0, 0), index(int(m_spots.size()) - 1, ColumnCount - 1), {Qt::ForegroundRole});
+    m_watchCallsigns.assign(callsigns);
+    emitAllRowsChanged(SourceColumn, ColumnCount - 1, {Qt::ForegroundRole});
 }
 
 void StationModel::setWatchReferences(const QStringList &references)
 {
-    m_watchReferences = watchSet(references);
-    m_watchReferenceList = sortedList(m_watchReferences);
-    if (!m_spots.isEmpty())
-        emit dataChanged(index(0, 0), index(int(m_spots.size()) - 1, ColumnCount - 1), {Qt::ForegroundRole});
+    m_watchReferences.assign(references);
+    emitAllRowsChanged(SourceColumn, ColumnCount - 1, {Qt::ForegroundRole});
 }
 
 void StationModel::setUserLocation(double lat, double lon)
@@ -161,15 +139,13 @@ void StationModel::setUserLocation(double lat, double lon)
     m_userLat = lat;
     m_userLon = lon;
     m_hasUserLocation = true;
-    if (!m_spots.isEmpty())
-        emit dataChanged(index(0, DistanceColumn), index(int(m_spots.size()) - 1, BearingColumn));
+    emitAllRowsChanged(DistanceColumn, BearingColumn);
 }
 
 void StationModel::clearUserLocation()
 {
     m_hasUserLocation = false;
-    if (!m_spots.isEmpty())
-        emit dataChanged(index(0, DistanceColumn), index(int(m_spots.size()) - 1, BearingColumn));
+    emitAllRowsChanged(DistanceColumn, BearingColumn);
 }
 
 void StationModel::setReferenceLocation(const QString &reference, double lat, double lon)
@@ -194,7 +170,7 @@ void StationModel::setHighlightGroup(int groupId)
     for (int row = 0; row < m_spots.size(); ++row) {
         const int g = m_spots.at(row).groupId;
         if (g > 0 && (g == old || g == groupId))
-            emitRowChanged(row, 0, ColumnCount - 1, {Qt::BackgroundRole});
+            emitRowChanged(row, SourceColumn, ColumnCount - 1, {Qt::BackgroundRole});
     }
 }
 
@@ -231,10 +207,16 @@ void StationModel::markSimilarSpots(const QString &callsign, double freqKhz, Sta
 void StationModel::setRowStatus(int row, StationSpot::Status status)
 {
     m_spots[row].status = status;
-    emitRowChanged(row, 0, ColumnCount - 1);
+    emitRowChanged(row, SourceColumn, ColumnCount - 1);
 }
 
 void StationModel::emitRowChanged(int row, int firstColumn, int lastColumn, const QList<int> &roles)
 {
     emit dataChanged(index(row, firstColumn), index(row, lastColumn), roles);
+}
+
+void StationModel::emitAllRowsChanged(int firstColumn, int lastColumn, const QList<int> &roles)
+{
+    if (!m_spots.isEmpty())
+        emit dataChanged(index(0, firstColumn), index(int(m_spots.size()) - 1, lastColumn), roles);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/loweredset.h"
 #include "model/stationspot.h"
 
 #include <QAbstractTableModel>
@@ -66,7 +67,7 @@ public:
     void clearSpots();
 
     // A copy of the row's spot; out of range, a default spot whose source is
-    // the invalid value 7.
+    // the invalid value StationSpot::k_sourceCount.
     StationSpot spotAt(int row) const;
     const QList<StationSpot> &spots() const { return m_spots; }
     // The row's spot time, read from a compact array: the age sort compares
@@ -86,8 +87,8 @@ public:
 
     void setWatchCallsigns(const QStringList &callsigns);
     void setWatchReferences(const QStringList &references);
-    QSet<QString> watchCallsigns() const { return m_watchCallsigns; }
-    QSet<QString> watchReferences() const { return m_watchReferences; }
+    QSet<QString> watchCallsigns() const { return m_watchCallsigns.toSet(); }
+    QSet<QString> watchReferences() const { return m_watchReferences.toSet(); }
 
     void setUserLocation(double lat, double lon);
     void clearUserLocation();
@@ -123,6 +124,9 @@ public slots:
     void refreshAgeColumn();
 
 private:
+    // One run of mergeSpots, phase by phase (stationmodelmerge.cpp).
+    class MergePass;
+
     // What the merge needs of a row, kept beside it so that a merge reads
     // compact arrays instead of every row's strings.
     struct RowInfo
@@ -141,6 +145,8 @@ private:
     };
     static void appendLinkCandidates(std::vector<LinkCandidate> &candidates, const StationSpot &spot,
                                      int row);
+    // Bucket, then frequency: the order the candidate lists are kept in.
+    static bool candidateBefore(const LinkCandidate &a, const LinkCandidate &b);
     static void sortLinkCandidates(std::vector<LinkCandidate> &candidates);
     using LinkPairs = std::vector<std::pair<int, int>>;
     // Every linked pair (i < j) found among bucket neighbours, sorted.
@@ -150,6 +156,7 @@ private:
     static void assignGroups(QList<StationSpot> &spots, const LinkPairs &sortedPairs);
 
     void emitRowChanged(int row, int firstColumn, int lastColumn, const QList<int> &roles = {});
+    void emitAllRowsChanged(int firstColumn, int lastColumn, const QList<int> &roles = {});
     void setRowStatus(int row, StationSpot::Status status);
     QVariant displayData(const StationSpot &spot, int column) const;
     QVariant sortData(const StationSpot &spot, int column) const;
@@ -166,10 +173,7 @@ private:
     double m_userLat = 0.0;
     double m_userLon = 0.0;
     int m_highlightGroup = 0;
-    QSet<QString> m_watchCallsigns;
-    QSet<QString> m_watchReferences;
-    // Sorted copies of the watch sets, searched without lower-casing a copy.
-    std::vector<QString> m_watchCallsignList;
-    std::vector<QString> m_watchReferenceList;
+    LoweredSet m_watchCallsigns;
+    LoweredSet m_watchReferences;
     Clock m_clock;
 };

@@ -29,37 +29,6 @@ int digitValue(QChar c)
     return c.isDigit() ? c.digitValue() : -1;
 }
 
-// Whether the sorted, lower-cased list holds text.toLower(). ASCII text is
-// lowered character by character during the search, so nothing is allocated.
-bool containsLowered(const std::vector<QString> &sorted, const QString &text)
-{
-    if (sorted.empty())
-        return false;
-    bool ascii = true;
-    for (const QChar c : text)
-        ascii = ascii && c.unicode() < 0x80;
-    if (!ascii)
-        return std::binary_search(sorted.cbegin(), sorted.cend(), text.toLower());
-    const auto lowered = [&text](qsizetype i) {
-        const char16_t u = text.at(i).unicode();
-        return u >= u'A' && u <= u'Z' ? char16_t(u + (u'a' - u'A')) : u;
-    };
-    // Negative when entry sorts before the lowered text, as QString's < does.
-    const auto compare = [&](const QString &entry) {
-        const qsizetype n = std::min(entry.size(), text.size());
-        for (qsizetype i = 0; i < n; ++i) {
-            const char16_t e = entry.at(i).unicode();
-            const char16_t t = lowered(i);
-            if (e != t)
-                return e < t ? -1 : 1;
-        }
-        return entry.size() < text.size() ? -1 : (entry.size() > text.size() ? 1 : 0);
-    };
-    const auto it = std::partition_point(sorted.cbegin(), sorted.cend(),
-                                         [&](const QString &entry) { return compare(entry) < 0; });
-    return it != sorted.cend() && compare(*it) == 0;
-}
-
 qint64 roundHalfUp(double v)
 {
     return static_cast<qint64>(std::floor(v + 0.5));
@@ -186,9 +155,9 @@ QVariant StationModel::foregroundData(const StationSpot &spot) const
     case StationSpot::Unknown:
         break;
     }
-    if (containsLowered(m_watchCallsignList, spot.callsign))
+    if (m_watchCallsigns.containsLowered(spot.callsign))
         return QColor(64, 255, 128);
-    if (containsLowered(m_watchReferenceList, spot.reference))
+    if (m_watchReferences.containsLowered(spot.reference))
         return QColor(64, 176, 255);
     return QColor(232, 224, 208);
 }
@@ -215,9 +184,7 @@ QVariant StationModel::headerData(int section, Qt::Orientation orientation, int 
 
 void StationModel::refreshAgeColumn()
 {
-    if (m_spots.isEmpty())
-        return;
-    emit dataChanged(index(0, AgeColumn), index(int(m_spots.size()) - 1, AgeColumn));
+    emitAllRowsChanged(AgeColumn, AgeColumn);
 }
 
 QString StationModel::formatFrequency(double khz)

@@ -11,6 +11,8 @@ struct StationSpot
 {
     enum Source : int { SOTA = 0, POTA = 1, WWFF = 2, WWBOTA = 3, BOTA = 4, DX = 5, GMA = 6 };
     enum Status : int { Unknown = 0, Heard = 1, Contacted = 2, NotHeard = 3 };
+    // Sources are numbered 0 to k_sourceCount - 1; arrays over them use this size.
+    static constexpr int k_sourceCount = 7;
 
     Source source = SOTA;
     QString callsign;

@@ -15,8 +15,7 @@ class TestContactStatusStore final : public ModelTest
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup() { tearDownModel(); }
+    void init() override;
     void retentionWindow_data();
     void retentionWindow();
     void markSurvivesRebuildAndRestart();
@@ -49,7 +48,7 @@ private:
 
 void TestContactStatusStore::init()
 {
-    setUpModel();
+    ModelTest::init();
     m_dir = std::make_unique<QTemporaryDir>();
 }
 
@@ -102,8 +101,8 @@ void TestContactStatusStore::markSurvivesRebuildAndRestart()
     QCOMPARE(store.applyTo(*m_model), 0); // already shown: nothing repainted
 
     // A restart: a new model and a new store reading the file.
-    tearDownModel();
-    setUpModel();
+    ModelTest::cleanup();
+    ModelTest::init();
     m_model->mergeSpots(batch);
     makeStore().applyTo(*m_model);
     QCOMPARE(keysMarked(StationSpot::NotHeard), key);

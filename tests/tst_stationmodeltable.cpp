@@ -1,153 +1,133 @@
-#include "model/spotfilterproxymodel.h"
-#include "model/stationmodel.h"
 #include "support/modeltest.h"
 #include "support/testmain.h"
 
-#include <QAbstractItemModelTester>
 #include <QColor>
 #include <QTest>
 
 #include <cmath>
 
+using S = StationSpot;
+using M = StationModel;
+
 class TestStationModelTable final : public ModelTest
 {
     Q_OBJECT
 
-private:
     QVariant cell(int row, int col, int role = Qt::DisplayRole) const
     {
         return m_model->data(m_model->index(row, col), role);
     }
 
-private slots:
-    void init() { setUpModel(); }
-
-    void cleanup() { tearDownModel(); }
-
-    void ageAndFrequencyTexts()
+    QString rowText(int row, int role = Qt::DisplayRole) const
     {
-        const QList<QPair<qint64, QString>> cases{{-120, "now"},      {0, "0s ago"},     {59, "59s ago"},
-                                                  {60, "1m ago"},     {3599, "59m ago"}, {3600, "1h ago"},
-                                                  {86399, "23h ago"}, {86400, "1d ago"}, {200000, "2d ago"}};
-        for (const auto &[secs, text] : cases) {
-            QCOMPARE(StationModel::formatAge(ago(secs), m_now), text);
-            // Half a second more does not reach the next whole second.
-            QCOMPARE(StationModel::formatAge(ago(secs), m_now + 500), text);
-        }
-        QCOMPARE(StationModel::formatAge(QDateTime()), QStringLiteral("?"));
-        // The overload without a time reads the wall clock.
-        QCOMPARE(StationModel::formatAge(QDateTime::currentDateTimeUtc().addSecs(-7230)),
-                 QStringLiteral("2h ago"));
-        QCOMPARE(StationModel::formatFrequency(0.0), QStringLiteral("?"));
-        QCOMPARE(StationModel::formatFrequency(1296000.25), QStringLiteral("1296000.250"));
+        QStringList cells;
+        for (int c = 0; c < M::ColumnCount; ++c)
+            cells.append(cell(row, c, role).toString());
+        return cells.join(QLatin1Char('|'));
     }
 
-    void cellsSortValuesAndHeader()
+private slots:
+
+    void formatAge_data()
     {
-        StationSpot pota = spot(StationSpot::POTA, "K1ABC", "US-1234", 14062.5, 90);
+        QTest::addColumn<qint64>("secs");
+        QTest::addColumn<QString>("text");
+        const QList<QPair<qint64, const char *>> cases{
+            {-120, "now"},    {0, "0s ago"},      {59, "59s ago"},   {60, "1m ago"},    {3599, "59m ago"},
+            {3600, "1h ago"}, {86399, "23h ago"}, {86400, "1d ago"}, {200000, "2d ago"}};
+        for (const auto &[secs, text] : cases)
+            QTest::addRow("%lld s", secs) << secs << text;
+    }
+
+    void formatAge()
+    {
+        QFETCH(qint64, secs);
+        QFETCH(QString, text);
+        QCOMPARE(M::formatAge(ago(secs), m_now), text);
+        QCOMPARE(M::formatAge(ago(secs), m_now + 999), text); // whole seconds, truncated
+    }
+
+    void formatsWithoutValue()
+    {
+        QCOMPARE(M::formatAge(QDateTime()), QLatin1String("?"));
+        // The overload without a time reads the wall clock.
+        QCOMPARE(M::formatAge(QDateTime::currentDateTimeUtc().addSecs(-7230)), QLatin1String("2h ago"));
+        QCOMPARE(M::formatFrequency(0.0), QLatin1String("?"));
+        QCOMPARE(M::formatFrequency(1296000.25), QLatin1String("1296000.250"));
+    }
+
+    void cells()
+    {
+        // Row 2 is the POTA spot, grouped with the SOTA spot of the same call: the "+" is display only.
+        S pota = spot("POTA K1ABC US-1234 14062.5 90");
         pota.hasLocation = true;
         pota.lat = 41.5;
         pota.lon = -73.0;
         m_model->mergeSpots({pota});
-        m_model->mergeSpots({spot(StationSpot::SOTA, "K1ABC", "W1/HA-001", 14063.0, 30)});
-        m_model->mergeSpots({spot(StationSpot::DX, "G4Z", QString(), 7030, 10)});
-        // Row 2 is the POTA spot, grouped with the SOTA spot of the same call: the "+" is display only.
-        QCOMPARE(cell(2, 0).toString(), QStringLiteral("POTA+"));
-        QCOMPARE(cell(2, 0, Qt::UserRole).toInt(), int(StationSpot::POTA));
-        QCOMPARE(cell(2, 4).toString(), QStringLiteral("14062.500"));
-        QCOMPARE(cell(2, 4, Qt::UserRole).toDouble(), 14062.5);
-        QCOMPARE(cell(2, 6).toString(), QStringLiteral("1m ago"));
-        QCOMPARE(cell(2, 6, Qt::UserRole).toLongLong(), ago(90).toSecsSinceEpoch());
-        QCOMPARE(cell(2, 7).toString(), QString());
-
-        // Without a user position distance and bearing are unknown, with sort values for the far ends.
-        QCOMPARE(cell(2, 8).toString(), QStringLiteral("\u2014"));
-        QCOMPARE(cell(2, 9).toString(), QStringLiteral("\u2014"));
-        QCOMPARE(cell(2, 8, Qt::UserRole).toDouble(), 1e18);
-        QCOMPARE(cell(2, 9, Qt::UserRole).toDouble(), -1.0);
+        mergeSteps("SOTA K1ABC W1/HA-001 14063 30; DX G4Z - 7030 10");
+        const QString texts = QStringLiteral("POTA+|K1ABC|US-1234||14062.500|CW|1m ago||");
+        const QString sorts = QLatin1String("1|K1ABC|US-1234||14062.5|CW|") +
+                              QString::number(ago(90).toSecsSinceEpoch()) + QLatin1String("|0|");
+        QCOMPARE(rowText(2), texts + QStringLiteral("\u2014|\u2014"));
+        QCOMPARE(rowText(2, Qt::UserRole), sorts + QLatin1String("1e+18|-1")); // unknown: last, first
         m_model->setUserLocation(41.5, -74.0);
-        const double miles = StationModel::distanceMi(41.5, -74.0, 41.5, -73.0);
-        QCOMPARE(cell(2, 8).toString(), QStringLiteral("%1 mi").arg(std::llround(miles)));
-        QCOMPARE(cell(2, 8, Qt::UserRole).toDouble(), miles);
-        QCOMPARE(cell(2, 9).toString(), QStringLiteral("90\u00b0"));
-        QCOMPARE(cell(1, 8).toString(), QStringLiteral("\u2014")); // the SOTA spot has no position
+        QCOMPARE(rowText(2), texts + QStringLiteral("52 mi|90\u00b0"));
+        const auto text = [](double v) { return QVariant(v).toString(); };
+        QCOMPARE(rowText(2, Qt::UserRole), sorts + text(M::distanceMi(41.5, -74, 41.5, -73)) +
+                                               QLatin1Char('|') + text(M::bearingDeg(41.5, -74, 41.5, -73)));
+        QCOMPARE(cell(1, M::DistanceColumn).toString(), QStringLiteral("\u2014")); // no position of its own
+        QCOMPARE(cell(0, M::SourceColumn).toString(), QLatin1String("DX"));        // not grouped: no "+"
+        QVERIFY(!cell(2, M::SourceColumn, Qt::ToolTipRole).isValid());
+        QCOMPARE(cell(2, M::SourceColumn, Qt::TextAlignmentRole).toInt(), int(Qt::AlignCenter));
 
-        SpotFilterProxyModel proxy;
-        proxy.setSourceModel(m_model);
-        proxy.setSourceFilter(true, true, true, true, true, true, true);
-        proxy.sort(StationModel::DistanceColumn, Qt::AscendingOrder);
-        QCOMPARE(proxy.data(proxy.index(0, 2)).toString(), QStringLiteral("US-1234"));
-        proxy.sort(StationModel::BearingColumn, Qt::AscendingOrder);
-        QCOMPARE(proxy.data(proxy.index(2, 2)).toString(), QStringLiteral("US-1234"));
-
-        QCOMPARE(cell(2, 0, Qt::TextAlignmentRole).toInt(), int(Qt::AlignHCenter | Qt::AlignVCenter));
-        QCOMPARE(cell(2, 9, Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
-        QVERIFY(!cell(2, 10).isValid() && !cell(2, 0, Qt::ToolTipRole).isValid());
-
-        QCOMPARE(m_model->headerData(3, Qt::Horizontal).toString(), QStringLiteral("Summit / Park"));
-        QCOMPARE(m_model->headerData(9, Qt::Horizontal, Qt::TextAlignmentRole).toInt(),
-                 int(Qt::AlignLeft | Qt::AlignVCenter));
+        QCOMPARE(m_model->headerData(3, Qt::Horizontal).toString(), QLatin1String("Summit / Park"));
         QVERIFY(!m_model->headerData(0, Qt::Vertical).isValid());
-        QVERIFY(!m_model->headerData(10, Qt::Horizontal).isValid());
     }
 
     void colourPrecedence()
     {
-        m_model->mergeSpots({spot(StationSpot::POTA, "K1A", "US-1", 7030.0, 10),
-                             spot(StationSpot::POTA, "K2B", "US-1", 7030.5, 20),
-                             spot(StationSpot::POTA, "K3C", "US-3", 14030.0, 30),
-                             spot(StationSpot::POTA, "K4D", "US-4", 21030.0, 40)});
-        const auto bg = [&](int row) { return cell(row, 3, Qt::BackgroundRole); };
-        const auto fg = [&](int row) { return cell(row, 5, Qt::ForegroundRole).value<QColor>(); };
+        mergeSteps("POTA K1A US-1 7030 10, POTA K2B US-1 7030.5 20, POTA K3C US-3 14030 30, "
+                   "POTA K4D US-4 21030 40; DX K5E - 7000");
+        const auto bg = [&](int row) { return cell(row, M::NameColumn, Qt::BackgroundRole); };
+        const auto fg = [&](int row) { return cell(row, M::ModeColumn, Qt::ForegroundRole).value<QColor>(); };
         m_model->setHighlightGroup(1);
-        m_model->markSpot(m_model->spotAt(0).key(), StationSpot::Heard);
+        m_model->markSpot(m_model->spotAt(0).key(), S::Heard);
         QCOMPARE(bg(0).value<QColor>(), QColor(40, 30, 8)); // heard outranks the highlight
         QCOMPARE(bg(1).value<QColor>(), QColor(10, 34, 56));
         QVERIFY(!bg(2).isValid());
         QCOMPARE(fg(0), QColor(201, 168, 76));
 
-        m_model->setWatchCallsigns({"k2b", "K3C"});
-        m_model->setWatchReferences({"us-1", " US-4 "});
+        m_model->setWatchCallsigns({QStringLiteral("k2b"), QStringLiteral("K3C")});
+        m_model->setWatchReferences({QStringLiteral("us-1"), QStringLiteral(" US-4 "), QStringLiteral(" ")});
         QCOMPARE(fg(1), QColor(64, 255, 128)); // call outranks reference
         QCOMPARE(fg(3), QColor(64, 176, 255));
-        m_model->markSpot(m_model->spotAt(1).key(), StationSpot::Contacted); // status outranks the watch list
+        QCOMPARE(fg(4), QColor(232, 224, 208)); // a blank entry is no entry, not the empty reference
+        m_model->markSpot(m_model->spotAt(1).key(), S::Contacted); // status outranks the watch list
         QCOMPARE(fg(1), QColor(74, 139, 74));
-        m_model->markSpot(m_model->spotAt(2).key(), StationSpot::NotHeard);
+        m_model->markSpot(m_model->spotAt(2).key(), S::NotHeard);
         QCOMPARE(fg(2), QColor(85, 85, 85));
-        QCOMPARE(cell(2, 7).toString(), QStringLiteral("Not Heard"));
-        m_model->setWatchReferences({});
-        QCOMPARE(fg(3), QColor(232, 224, 208));
+        QCOMPARE(cell(2, M::StatusColumn).toString(), QLatin1String("Not Heard"));
     }
 
-    void geometry()
+    void gridToLatLon()
     {
-        double lat = 99.0;
-        double lon = 99.0;
-        QVERIFY(StationModel::gridToLatLon("FN31", lat, lon));
-        QCOMPARE(lat, 41.5);
-        QCOMPARE(lon, -73.0);
-        QVERIFY(StationModel::gridToLatLon("fn31PR", lat, lon));
-        QVERIFY(std::fabs(lat - 41.7291666667) < 1e-9 && std::fabs(lon + 72.7083333333) < 1e-9);
-        QVERIFY(StationModel::gridToLatLon("FN31zz", lat, lon)); // a bad subsquare is square precision
-        QCOMPARE(lat, 41.5);
-        // Any decimal digit the character tables know counts.
-        QVERIFY(StationModel::gridToLatLon(QStringLiteral("FN\u0663\u0661"), lat, lon));
-        QCOMPARE(lat, 41.5);
-        lat = lon = 7.0;
-        for (const char *bad : {"FN3", "FS31", "FN3A", "", " FN31", "F131"})
-            QVERIFY2(!StationModel::gridToLatLon(QString::fromLatin1(bad), lat, lon), bad);
-        QCOMPARE(lat, 7.0); // outputs untouched
-        QCOMPARE(lon, 7.0);
+        double lat = 7.0;
+        double lon = 7.0;
+        for (const char *bad : {"FN3", "FS31", "FN3A", " FN31", "F131"})
+            QVERIFY2(!M::gridToLatLon(QString::fromLatin1(bad), lat, lon), bad);
+        QVERIFY(lat == 7.0 && lon == 7.0); // untouched
+        // Square centres; a bad subsquare counts as none; any decimal digit the character tables know counts.
+        for (const QString &grid :
+             {QStringLiteral("FN31"), QStringLiteral("FN31zz"), QStringLiteral("FN\u0663\u0661")})
+            QVERIFY(M::gridToLatLon(grid, lat, lon) && lat == 41.5 && lon == -73.0);
+        QVERIFY(M::gridToLatLon(QStringLiteral("fn31PR"), lat, lon)); // subsquare centre, any case
+        QVERIFY(std::fabs(lat - (41 + 17.5 / 24)) < 1e-9 && std::fabs(lon - (-74 + 15.5 / 12)) < 1e-9);
+    }
 
-        QCOMPARE(StationModel::distanceMi(10, 20, 10, 20), 0.0);
-        QVERIFY(std::fabs(StationModel::distanceMi(0, 0, 0, 180) - 12436.94) < 0.01);
-        QCOMPARE(StationModel::bearingDeg(0, 0, 10, 0), 0.0);
-        QVERIFY(std::fabs(StationModel::bearingDeg(0, 0, 0, 10) - 90.0) < 1e-9);
-        QVERIFY(std::fabs(StationModel::bearingDeg(0, 0, 0, -10) - 270.0) < 1e-9);
-        for (double lon2 = -180; lon2 <= 180; lon2 += 7.5) {
-            const double b = StationModel::bearingDeg(45, 0, -30, lon2);
-            QVERIFY(b >= 0.0 && b < 360.0);
-        }
+    void distanceAndBearing()
+    {
+        QVERIFY(std::fabs(M::distanceMi(0, 0, 0, 180) - 12436.94) < 0.01); // half the equator
+        QVERIFY(std::fabs(M::bearingDeg(0, 0, 0, -10) - 270.0) < 1e-9);    // west, not -90
     }
 };
 

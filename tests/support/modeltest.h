@@ -1,27 +1,40 @@
 #pragma once
 
+#include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 
 #include <QAbstractItemModelTester>
+#include <QAnyStringView>
 #include <QObject>
 
-// Base of the tests of the station model and the filter in front of it: a
-// model on a fixed clock (whole seconds, so age boundaries are exact) and
-// spots dated relative to it.
+// Base of the model and filter tests: a model on an injected clock and the
+// filter in front of it, both under a QAbstractItemModelTester, and spots
+// written as short texts.
 class ModelTest : public QObject
 {
     Q_OBJECT
 
-protected:
-    qint64 m_now = 0;
-    StationModel *m_model = nullptr;
-    QAbstractItemModelTester *m_tester = nullptr;
+protected slots:
+    // Run around every test function of a derived test.
+    virtual void init();
+    virtual void cleanup();
 
-    // Makes the model and a tester watching it.
-    void setUpModel();
-    void tearDownModel();
+protected:
+    static constexpr qint64 k_startMs = 1750000000000; // fixed, so that _data functions can date spots
+    qint64 m_now = k_startMs;
+    StationModel *m_model = nullptr;
+    SpotFilterProxyModel *m_proxy = nullptr; // sorted by call sign
 
     QDateTime ago(qint64 secs) const;
-    StationSpot spot(StationSpot::Source source, const QString &call, const QString &ref, double khz,
-                     qint64 secsAgo = 60, const QString &mode = QStringLiteral("CW")) const;
+    // "POTA K1A US-1 7030.5 60 CW a comment": source, call, reference ("-":
+    // none), kHz, then optionally seconds ago (default 60, "none": no time),
+    // mode (default CW, "-": none) and comment. Spots are separated by ",",
+    // batches of them by ";".
+    StationSpot spot(QAnyStringView text) const;
+    QList<StationSpot> spots(QAnyStringView text) const;
+    void mergeSteps(QAnyStringView batches);
+    // The spots' keys in order, separated by blanks.
+    static QString keysOf(const QList<StationSpot> &spots);
+    // The call signs the filter shows, in its order, separated by blanks.
+    QString shown() const;
 };

@@ -7,6 +7,7 @@
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
+#include "app/dialogs/windowdialogs.h"
 #include "app/logexport.h"
 #include "app/spotingestor.h"
 #include "app/tallisdir.h"
@@ -14,14 +15,12 @@
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
 #include "app/widgets/radiopanel.h"
+#include "app/widgets/spottable.h"
 #include "app/widgets/updatebar.h"
-#include "buildinfo.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
-#include "radio/hamliblink.h"
 #include "radio/lwclient.h"
-#include "radio/radiorouter.h"
 #include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
@@ -31,25 +30,18 @@
 #include "sources/wwbotaspotfetcher.h"
 #include "sources/wwffspotfetcher.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QDir>
 #include <QFile>
-#include <QFileDialog>
 #include <QHeaderView>
 #include <QJsonObject>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QTableView>
 #include <QThread>
 #include <QTimer>
 #include <QToolBar>
@@ -71,12 +63,12 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_gmaFetcher(new GmaSpotFetcher(this, services.gma))
     , m_dxClusters(this)
     , m_rig(new HamlibController) // parentless: it moves to its own thread
+    , m_updateChecker(new UpdateChecker(nullptr, this))
     , m_pollTimer(new QTimer(this))
     , m_reconnectTimer(new QTimer(this))
     , m_network(new QNetworkAccessManager(this))
     , m_rigLink(new HamlibLink(m_rig, this))
     , m_radio(new RadioRouter(m_rigLink, m_pollTimer, m_reconnectTimer, this))
-    , m_updateChecker(new UpdateChecker(m_network, this))
     , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
     , m_sourceHealth(new SourceHealth(this))
@@ -113,30 +105,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 
     m_wsServer = new WsServer(this, this);
     startApiServer();
-
-    m_lwClient = new LwClient(this);
-    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
-    m_radio->setBridge(m_lwClient, [client = m_lwClient] { return client->isLinked(); });
-    m_radio->setBridgeEnabled(m_settings.lwEnabled);
-    connect(m_lwClient, &LwClient::connectedToLw, this, &MainWindow::onLwConnected);
-    connect(m_lwClient, &LwClient::disconnectedFromLw, this, &MainWindow::onLwDisconnected);
-    connect(m_lwClient, &LwClient::radioFrequency, this, &MainWindow::onLwRadioFrequency);
-    connect(m_lwClient, &LwClient::radioConnectedChanged, this, &MainWindow::onLwRadioConnectedChanged);
-    if (m_settings.lwEnabled)
-        m_lwClient->setEnabled(true);
-}
-
-void MainWindow::startApiServer()
-{
-    if (!m_settings.wsEnabled)
-        return;
-    if (m_wsServer->listen(m_settings.wsPort, m_settings.wsHost))
-        statusBar()->showMessage(
-            QStringLiteral("WebSocket API listening on %1:%2").arg(m_settings.wsHost).arg(m_settings.wsPort),
-            4000);
-    else
-        statusBar()->showMessage(
-            QStringLiteral("WebSocket API: failed to listen on port %1").arg(m_settings.wsPort), 8000);
+    startBridge();
 }
 
 MainWindow::~MainWindow()
@@ -169,8 +138,8 @@ void MainWindow::setupUi()
 void MainWindow::setupMenuBar()
 {
     QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
-    QAction *refresh = file->addAction(QStringLiteral("&Refresh All"), this, &MainWindow::onRefreshAll);
-    refresh->setShortcut(QKeySequence::Refresh);
+    file->addAction(QStringLiteral("&Refresh All"), this, &MainWindow::onRefreshAll)
+        ->setShortcut(QKeySequence::Refresh);
     file->addSeparator();
     file->addAction(QStringLiteral("Export &SOTA Log (CSV)"), this, &MainWindow::exportSotaLog);
     file->addAction(QStringLiteral("Export &POTA Log (ADIF)"), this, &MainWindow::exportPotaLog);
@@ -179,18 +148,17 @@ void MainWindow::setupMenuBar()
         updateSpotCounts();
     });
     file->addAction(QStringLiteral("&Quit"), this, &QWidget::close);
-
     menuBar()
         ->addMenu(QStringLiteral("&Settings"))
         ->addAction(QStringLiteral("&Preferences..."), this, &MainWindow::onPreferences);
     QMenu *radio = menuBar()->addMenu(QStringLiteral("&Radio"));
     radio->addAction(QStringLiteral("Radio &Setup..."), this, &MainWindow::onRadioSetup);
-    radio->addAction(QStringLiteral("&Disconnect Radio"), this, [this] { m_rigLink->disconnectRig(); });
+    radio->addAction(QStringLiteral("&Disconnect Radio"), m_rigLink, &HamlibLink::disconnectRig);
     radio->addAction(QStringLiteral("DX &Cluster Setup..."), this, &MainWindow::onDxClusterSetup);
     radio->addAction(QStringLiteral("Lampwick &Bridge..."), this, &MainWindow::onLwBridgeSetup);
-
-    QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
-    help->addAction(QStringLiteral("&About Tallis"), this, &MainWindow::onAbout);
+    menuBar()->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"), this, [this] {
+        WindowDialogs::showAbout(this);
+    });
 }
 
 void MainWindow::setupToolBar()
@@ -199,17 +167,7 @@ void MainWindow::setupToolBar()
     bar->setObjectName(QStringLiteral("mainToolbar"));
     bar->setMovable(false);
     bar->addAction(QStringLiteral("Refresh All"), this, &MainWindow::onRefreshAll);
-    const auto addLabel = [bar](const QString &text, const QString &objectName) {
-        bar->addSeparator();
-        auto *label = new QLabel(text, bar);
-        label->setObjectName(objectName);
-        bar->addWidget(label);
-        return label;
-    };
-    m_toolbarRadioStatus =
-        addLabel(QStringLiteral("Radio: Not Connected"), QStringLiteral("toolbarRadioStatus"));
-    m_toolbarDxStatus = addLabel(QStringLiteral("DX: Disconnected"), QStringLiteral("toolbarDxStatus"));
-    m_callsignLabel = addLabel(QStringLiteral("DE: [not set]"), QStringLiteral("callsignLabel"));
+    m_labels.addToToolBar(bar);
 }
 
 void MainWindow::setupCentralWidget()
@@ -220,7 +178,6 @@ void MainWindow::setupCentralWidget()
     layout->setSpacing(0);
 
     m_filterBar = new FilterBar(central);
-    layout->addWidget(m_filterBar);
     connect(m_filterBar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
     connect(m_filterBar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
     connect(m_filterBar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
@@ -228,42 +185,28 @@ void MainWindow::setupCentralWidget()
     connect(m_filterBar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
     connect(m_filterBar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
     m_updateBar = new UpdateBar(central);
-    layout->addWidget(m_updateBar);
 
     m_splitter = new QSplitter(Qt::Horizontal, central);
-    m_table = new QTableView(m_splitter);
-    m_table->setObjectName(QStringLiteral("spotTable"));
-    m_table->setModel(m_proxy);
-    m_table->setSortingEnabled(true);
-    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_table->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_table->setAlternatingRowColors(true);
-    m_table->setWordWrap(false);
-    m_table->verticalHeader()->hide();
-    m_table->verticalHeader()->setDefaultSectionSize(22);
-    // The operator's keys must work after a click on a row too.
-    m_table->installEventFilter(this);
-    // Fixed starting widths: fitting columns to their contents would measure
-    // every row after every merge. The park or summit name takes the slack.
-    static constexpr int k_columnWidths[StationModel::ColumnCount] = {70, 100, 110, 0,  95,
-                                                                      60, 75,  85,  75, 70};
-    for (int column = 0; column < StationModel::ColumnCount; ++column)
-        m_table->horizontalHeader()->resizeSection(column, k_columnWidths[column]);
-    m_table->horizontalHeader()->setSectionResizeMode(StationModel::NameColumn, QHeaderView::Stretch);
-    m_table->sortByColumn(StationModel::AgeColumn, Qt::DescendingOrder);
-    // Distance and bearing mean nothing until the operator's position is known.
-    m_table->setColumnHidden(StationModel::DistanceColumn, true);
-    m_table->setColumnHidden(StationModel::BearingColumn, true);
+    m_table = new SpotTable(m_proxy, m_splitter);
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::onSelectionChanged);
-
     m_detailPanel = new DetailPanel(m_splitter);
     connect(m_detailPanel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
     connect(m_detailPanel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
     connect(m_detailPanel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
     connect(m_detailPanel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+    wireRadioPanel();
+    m_splitter->setStretchFactor(0, 3);
+    m_splitter->setStretchFactor(1, 1);
 
+    layout->addWidget(m_filterBar);
+    layout->addWidget(m_updateBar);
+    layout->addWidget(m_splitter, 1);
+    setCentralWidget(central);
+}
+
+void MainWindow::wireRadioPanel()
+{
     // The panel's own controls always address the rig, also while the bridge has the radio.
     m_radioPanel = m_detailPanel->radioPanel();
     m_radioPanel->attachAutoAtuCheck(m_filterBar->autoAtuCheck());
@@ -281,43 +224,11 @@ void MainWindow::setupCentralWidget()
         m_settings.autoAtu = on;
         saveJsonSettings(); // skipped while the settings are being loaded
     });
-    m_splitter->addWidget(m_table);
-    m_splitter->addWidget(m_detailPanel);
-    m_splitter->setStretchFactor(0, 3);
-    m_splitter->setStretchFactor(1, 1);
-    layout->addWidget(m_splitter, 1);
-    setCentralWidget(central);
 }
 
 void MainWindow::setupStatusBar()
 {
-    m_statusBarRadio = new QLabel(QStringLiteral("Radio unconfigured — consult the settings"), this);
-    m_statusBarRadio->setObjectName(QStringLiteral("statusRadio"));
-    statusBar()->addWidget(m_statusBarRadio, 0);
-
-    m_statusSpots = new QLabel(QStringLiteral("No spots"), this);
-    m_statusSpots->setObjectName(QStringLiteral("statusSpots"));
-    m_statusSpots->setAlignment(Qt::AlignCenter);
-    statusBar()->addWidget(m_statusSpots, 1);
-
-    m_statusRefresh = new QLabel(QStringLiteral("Last refresh: not yet (the scribes are en route…)"), this);
-    m_statusRefresh->setObjectName(QStringLiteral("statusRefresh"));
-    m_statusRefresh->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    statusBar()->addPermanentWidget(m_statusRefresh);
-
-    m_statusBridge = new QLabel(QStringLiteral("LW: linked"), this);
-    m_statusBridge->setObjectName(QStringLiteral("statusBridge"));
-    m_statusBridge->setStyleSheet(QStringLiteral("color: #7fbf7f; font-weight: bold; padding: 0 8px;"));
-    statusBar()->addPermanentWidget(m_statusBridge);
-    m_statusBridge->hide();
-
-    m_statusSources = new QLabel(this);
-    m_statusSources->setObjectName(QStringLiteral("statusSources"));
-    statusBar()->addPermanentWidget(m_statusSources);
-    connect(m_sourceHealth, &SourceHealth::changed, this, [this] {
-        m_statusSources->setText(m_sourceHealth->labelText());
-        m_statusSources->setToolTip(m_sourceHealth->toolTip());
-    });
+    m_labels.addToStatusBar(statusBar());
 }
 
 void MainWindow::applyStyleSheet()
@@ -327,46 +238,16 @@ void MainWindow::applyStyleSheet()
         qApp->setStyleSheet(QString::fromUtf8(file.readAll()));
 }
 
-void MainWindow::onAbout()
-{
-    const QDateTime built = QDateTime::fromSecsSinceEpoch(BuildInfo::k_buildTime, Qt::UTC);
-    QMessageBox box(this);
-    box.setWindowTitle(QStringLiteral("About Tallis"));
-    box.setIconPixmap(
-        QPixmap(QStringLiteral(":/logo.jpg")).scaled(96, 96, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    box.setTextFormat(Qt::RichText);
-    box.setText(QStringLiteral("<p align=\"center\">Version %1<br>Built: %2<br>Release: %3</p>")
-                    .arg(QString::fromLatin1(BuildInfo::k_version),
-                         built.toString(QStringLiteral("yyyy-MM-dd HH:mm 'UTC'")),
-                         QLocale::c().toString(built.date(), QStringLiteral("MMM d yyyy"))));
-    box.exec();
-}
-
-// ---- keys -----------------------------------------------------------------
-
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (m_filterBar->searchEdit()->hasFocus() || !handleOperatorKey(event->key()))
-        QMainWindow::keyPressEvent(event);
-}
-
-bool MainWindow::eventFilter(QObject *watched, QEvent *event)
-{
-    // The table's type-to-search would swallow the operator's letters.
-    if (watched == m_table && event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent *>(event)->modifiers() == Qt::NoModifier)
-        return handleOperatorKey(static_cast<QKeyEvent *>(event)->key());
-    return QMainWindow::eventFilter(watched, event);
-}
-
-bool MainWindow::handleOperatorKey(int key)
-{
+    // In the search field the letters are text.
+    if (m_filterBar->searchEdit()->hasFocus())
+        return QMainWindow::keyPressEvent(event);
     const auto clickIfEnabled = [](QPushButton *button) {
         if (button->isEnabled())
             button->click();
-        return true; // swallowed either way
     };
-    switch (key) {
+    switch (event->key()) {
     case Qt::Key_H:
         return clickIfEnabled(m_detailPanel->heardButton());
     case Qt::Key_U:
@@ -377,29 +258,14 @@ bool MainWindow::handleOperatorKey(int key)
     case Qt::Key_T:
         return clickIfEnabled(m_detailPanel->tuneButton());
     case Qt::Key_J:
-    case Qt::Key_K: {
-        const int rows = m_proxy->rowCount();
-        if (rows == 0)
-            return false;
-        const QModelIndexList selected = m_table->selectionModel()->selectedRows();
-        const int step = key == Qt::Key_J ? 1 : -1;
-        if (selected.isEmpty())
-            selectProxyRow(step > 0 ? 0 : rows - 1);
-        else
-            selectProxyRow(qBound(0, selected.first().row() + step, rows - 1));
-        return true;
-    }
+    case Qt::Key_K:
+        if (m_table->stepSelection(event->key() == Qt::Key_J ? 1 : -1))
+            return;
+        break;
     default:
-        return false;
+        break;
     }
-}
-
-void MainWindow::selectProxyRow(int row)
-{
-    const QModelIndex index = m_proxy->index(row, 0);
-    m_table->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    m_table->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-    m_table->scrollTo(index);
+    QMainWindow::keyPressEvent(event);
 }
 
 // ---- spots ----------------------------------------------------------------
@@ -419,21 +285,21 @@ void MainWindow::wireSources()
         if (source != StationSpot::BOTA)
             m_sourceHealth->watch(fetcher, StationSpot::sourceName(source));
     }
-    m_statusSources->setText(m_sourceHealth->labelText());
     // Refresh order: SOTA first.
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
         m_ingestor->addWebSource(source, fetcher);
 
-    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
-        const QModelIndexList selected = m_table->selectionModel()->selectedRows();
-        m_selection.rememberRow(selected.isEmpty() ? -1 : selected.first().row());
-    });
+    const auto showHealth = [this] {
+        m_labels.showSources(m_sourceHealth->labelText(), m_sourceHealth->toolTip());
+    };
+    connect(m_sourceHealth, &SourceHealth::changed, this, showHealth);
+    showHealth();
+    connect(m_ingestor, &SpotIngestor::aboutToMerge, this,
+            [this] { m_selection.rememberRow(m_table->selectedRow()); });
     connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
-    connect(m_ingestor, &SpotIngestor::allAnswered, this, [this](const QDateTime &at) {
-        m_statusRefresh->setText(
-            QStringLiteral("Last refresh: %1").arg(at.toString(QStringLiteral("HH:mm:ss"))));
-    });
+    connect(m_ingestor, &SpotIngestor::allAnswered, this,
+            [this](const QDateTime &at) { m_labels.showRefreshed(at); });
 }
 
 void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
@@ -446,13 +312,12 @@ void MainWindow::afterMerge(const QList<StationSpot> &batch)
     applyPersistedStatuses();
     queueCoordLookups(batch);
     updateSpotCounts();
-    if (m_wsServer)
-        m_wsServer->pushSpotsUpdated();
+    m_wsServer->pushSpotsUpdated();
     const int row = m_selection.rowToRestore(*m_proxy, *m_model);
     if (row < 0)
         return;
     const SelectionKeeper::Restoring restoring(m_selection);
-    selectProxyRow(row);
+    m_table->selectViewRow(row);
 }
 
 void MainWindow::onFetchStarted()
@@ -472,7 +337,7 @@ void MainWindow::onFetchError(const QString &error)
 
 void MainWindow::updateSpotCounts()
 {
-    m_statusSpots->setText(m_ingestor->countsText(m_proxy->rowCount()));
+    m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount()));
 }
 
 void MainWindow::onRefreshAll()
@@ -494,7 +359,6 @@ void MainWindow::applyFilter(bool save)
 void MainWindow::onSourceFilterChanged()
 {
     m_filterBar->updateState(m_filter);
-    m_filter.applyTo(*m_proxy);
     m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
     if (m_filter.isSourceEnabled(StationSpot::DX)) {
         if (m_settings.callsign.isEmpty())
@@ -504,31 +368,9 @@ void MainWindow::onSourceFilterChanged()
     } else {
         m_dxClusters.disconnectAll();
         // A deliberate disconnect is not announced by the clients themselves.
-        updateDxStatusLabel();
+        m_labels.showDxConnected(anyDxConnected());
     }
     applyFilter(true);
-}
-
-void MainWindow::onModeFilterChanged()
-{
-    applyFilter(true);
-}
-
-void MainWindow::onBandFilterChanged()
-{
-    applyFilter(true);
-}
-
-void MainWindow::onStatusFilterChanged(int index)
-{
-    Q_UNUSED(index)
-    applyFilter(true);
-}
-
-void MainWindow::onTextFilterChanged(const QString &text)
-{
-    Q_UNUSED(text)
-    applyFilter(false); // the search text is never saved
 }
 
 void MainWindow::createDxFetchers()
@@ -543,26 +385,13 @@ void MainWindow::createDxFetchers()
 
 void MainWindow::onDxConnectionChanged(bool connected)
 {
-    updateDxStatusLabel();
-    if (!connected) {
-        statusBar()->showMessage(QStringLiteral("DX cluster disconnected."), 4000);
-        return;
-    }
+    m_labels.showDxConnected(anyDxConnected());
+    if (!connected)
+        return statusBar()->showMessage(QStringLiteral("DX cluster disconnected."), 4000);
     QString host;
     if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()); dx && !dx->host().isEmpty())
         host = QStringLiteral(" — %1").arg(dx->host());
     statusBar()->showMessage(QStringLiteral("DX cluster connected%1").arg(host), 5000);
-}
-
-void MainWindow::updateDxStatusLabel()
-{
-    m_toolbarDxStatus->setText(anyDxConnected() ? QStringLiteral("DX: Connected")
-                                                : QStringLiteral("DX: Disconnected"));
-}
-
-bool MainWindow::anyDxConnected() const
-{
-    return m_dxClusters.anyConnected();
 }
 
 StationSpot MainWindow::spotForKey(const QString &key) const
@@ -572,17 +401,15 @@ StationSpot MainWindow::spotForKey(const QString &key) const
 
 void MainWindow::onSelectionChanged()
 {
-    const QModelIndexList selected = m_table->selectionModel()->selectedRows();
-    if (selected.isEmpty()) {
+    const int row = m_table->selectedRow();
+    if (row < 0) {
         m_selection.setSelectedKey(QString());
         m_model->setHighlightGroup(0);
-        m_detailPanel->clear();
-        return;
+        return m_detailPanel->clear();
     }
-    const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(selected.first()).row());
+    const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
     m_model->setHighlightGroup(spot.groupId);
-
     QStringList partners;
     for (const StationSpot &other :
          m_model->findMultiOpPartners(spot.reference, spot.frequencyKhz, spot.spotTime, spot.callsign))
@@ -600,17 +427,7 @@ void MainWindow::onSelectionChanged()
     }
 }
 
-// ---- marks and the log ----------------------------------------------------
-
-void MainWindow::loadContactStatus()
-{
-    m_statusStore.load(ContactStatusStore::defaultFilePath());
-}
-
-void MainWindow::applyPersistedStatuses()
-{
-    m_statusStore.applyTo(*m_model);
-}
+// ---- marks, the log, positions --------------------------------------------
 
 void MainWindow::markSelected(StationSpot::Status status)
 {
@@ -621,16 +438,6 @@ void MainWindow::markSelected(StationSpot::Status status)
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, status);
     onSelectionChanged();
-}
-
-void MainWindow::onMarkHeard()
-{
-    markSelected(StationSpot::Heard);
-}
-
-void MainWindow::onMarkUnheard()
-{
-    markSelected(StationSpot::NotHeard);
 }
 
 void MainWindow::onAddToLog()
@@ -662,24 +469,11 @@ void MainWindow::exportLog(const ExportFormat &format)
 {
     const QList<ContactRow> rows =
         LogExport::collectRows(m_model->spots(), format.source, m_statusStore, m_statusStore.now());
-    if (rows.isEmpty()) {
-        QMessageBox::information(this, format.title, format.nothingToExport);
-        return;
-    }
-    const QString path = QFileDialog::getSaveFileName(
-        this, format.title, QDir::homePath() + QLatin1Char('/') + format.proposedFileName, format.fileFilter);
-    if (path.isEmpty())
-        return;
-    if (!LogExport::writeTextFile(
-            path, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef))) {
-        QMessageBox::warning(this, QStringLiteral("Export Failed"),
-                             QStringLiteral("Could not open file for writing:\n%1").arg(path));
-        return;
-    }
-    statusBar()->showMessage(format.exported.arg(rows.size()).arg(path), 6000);
+    const QString notice = WindowDialogs::exportLog(
+        this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
+    if (!notice.isEmpty())
+        statusBar()->showMessage(notice, 6000);
 }
-
-// ---- positions ------------------------------------------------------------
 
 void MainWindow::loadCoordCache()
 {
@@ -710,20 +504,35 @@ void MainWindow::wireRig()
     m_pollTimer->setInterval(500);
     connect(m_pollTimer, &QTimer::timeout, m_rig, &HamlibController::requestPoll);
     connect(m_rig, &HamlibController::pollResult, this, &MainWindow::onRadioPollResult);
-
     m_reconnectTimer->setInterval(15000);
     connect(m_reconnectTimer, &QTimer::timeout, m_radio, &RadioRouter::onReconnectTick);
 }
 
-void MainWindow::startupChecks()
+void MainWindow::startApiServer()
 {
-    // Let the window appear before a slow serial rig is opened.
-    m_radio->connectRigLater(1500);
+    if (!m_settings.wsEnabled)
+        return;
+    if (m_wsServer->listen(m_settings.wsPort, m_settings.wsHost))
+        statusBar()->showMessage(
+            QStringLiteral("WebSocket API listening on %1:%2").arg(m_settings.wsHost).arg(m_settings.wsPort),
+            4000);
+    else
+        statusBar()->showMessage(
+            QStringLiteral("WebSocket API: failed to listen on port %1").arg(m_settings.wsPort), 8000);
 }
 
-bool MainWindow::isLwBridgeActive() const
+void MainWindow::startBridge()
 {
-    return m_radio->isBridgeActive();
+    m_lwClient = new LwClient(this);
+    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
+    m_radio->setBridge(m_lwClient, [client = m_lwClient] { return client->isLinked(); });
+    m_radio->setBridgeEnabled(m_settings.lwEnabled);
+    connect(m_lwClient, &LwClient::connectedToLw, this, &MainWindow::onLwConnected);
+    connect(m_lwClient, &LwClient::disconnectedFromLw, this, &MainWindow::onLwDisconnected);
+    connect(m_lwClient, &LwClient::radioFrequency, this, &MainWindow::onLwRadioFrequency);
+    connect(m_lwClient, &LwClient::radioConnectedChanged, this, &MainWindow::onLwRadioConnectedChanged);
+    if (m_settings.lwEnabled)
+        m_lwClient->setEnabled(true);
 }
 
 void MainWindow::tuneStation(double kHz, const QString &mode)
@@ -741,12 +550,7 @@ void MainWindow::onTuneClicked()
     if (!m_selection.hasSelection())
         return;
     if (!isLwBridgeActive() && !m_rigLink->isConnected()) {
-        const auto answer = QMessageBox::question(
-            this, QStringLiteral("Radio Not Connected"),
-            QStringLiteral(
-                "The radio has not yet been graced with a connection.\nWould you care to configure it now?"),
-            QMessageBox::Yes | QMessageBox::No);
-        if (answer == QMessageBox::Yes)
+        if (WindowDialogs::askToConfigureRadio(this))
             onRadioSetup();
         return;
     }
@@ -758,16 +562,12 @@ void MainWindow::onTuneClicked()
 void MainWindow::onRadioConnectionChanged(bool connected)
 {
     m_radio->onRigConnectionChanged(connected);
-    m_toolbarRadioStatus->setText(connected ? QStringLiteral("Radio: Connected")
-                                            : QStringLiteral("Radio: Not Connected"));
+    m_labels.showRigConnected(connected);
     if (connected) {
-        m_statusBarRadio->setText(QStringLiteral("Radio: Connected"));
         statusBar()->showMessage(QStringLiteral("Radio connection established — let the hunt commence."),
                                  4000);
-        m_wsServer->pushRadioConnected();
-        return;
+        return m_wsServer->pushRadioConnected();
     }
-    m_statusBarRadio->setText(QStringLiteral("Radio unconfigured — consult the settings"));
     statusBar()->showMessage(QStringLiteral("Radio connection severed."), 4000);
     m_radioPanel->showDisconnected();
     m_wsServer->pushRadioDisconnected();
@@ -787,25 +587,20 @@ void MainWindow::onRadioPollResult(double kHz, const QString &mode)
 {
     m_radio->notePollResult(kHz, mode);
     m_radioPanel->showPollResult(kHz, mode);
-    if (m_wsServer->clientCount() > 0)
-        m_wsServer->pushRadioFrequency(kHz, mode);
+    m_wsServer->pushRadioFrequency(kHz, mode);
 }
 
 void MainWindow::onLwConnected()
 {
     m_radio->onBridgeLinked();
-    m_statusBarRadio->setText(QStringLiteral("Radio: Connected (via Lampwick)"));
-    m_statusBridge->show();
+    m_labels.showBridgeLinked();
     statusBar()->showMessage(QStringLiteral("Lampwick bridge connected — radio control delegated."), 5000);
     m_wsServer->pushLwConnected(m_lwClient->host(), m_lwClient->port());
 }
 
 void MainWindow::onLwDisconnected()
 {
-    m_statusBridge->hide();
-    m_statusBarRadio->setText(m_rigLink->isConnected()
-                                  ? QStringLiteral("Radio: Connected")
-                                  : QStringLiteral("Radio unconfigured — consult the settings"));
+    m_labels.showBridgeUnlinked(m_rigLink->isConnected());
     statusBar()->showMessage(
         QStringLiteral("Lampwick bridge disconnected — reverting to direct radio control."), 5000);
     m_radio->onBridgeUnlinked();
@@ -816,17 +611,14 @@ void MainWindow::onLwRadioFrequency(double kHz, const QString &mode)
 {
     m_radio->noteBridgeFrequency(kHz, mode);
     m_radioPanel->showBridgeFrequency(kHz, mode);
-    if (m_wsServer->clientCount() > 0)
-        m_wsServer->pushRadioFrequency(kHz, mode);
+    m_wsServer->pushRadioFrequency(kHz, mode);
 }
 
 void MainWindow::onLwRadioConnectedChanged(bool connected)
 {
     // Only while the bridge has the radio; otherwise the label is the rig's.
-    if (!m_settings.lwEnabled || !m_lwClient || !m_lwClient->isLinked())
-        return;
-    m_statusBarRadio->setText(connected ? QStringLiteral("Radio: Connected (via Lampwick)")
-                                        : QStringLiteral("Radio: Lampwick rig not connected"));
+    if (m_settings.lwEnabled && m_lwClient && m_lwClient->isLinked())
+        m_labels.showBridgeRig(connected);
 }
 
 // ---- dialogs --------------------------------------------------------------
@@ -838,18 +630,16 @@ void MainWindow::onPreferences()
         return;
     const AppSettings before = m_settings;
     dialog.preferences().applyTo(m_settings);
-    m_filter.maxAgeMins = m_settings.maxAgeMins;
     const AppSettings &s = m_settings;
-    m_callsignLabel->setText(s.callsign.isEmpty() ? QStringLiteral("DE: [not set]")
-                                                  : QStringLiteral("DE: %1").arg(s.callsign));
+    m_filter.maxAgeMins = s.maxAgeMins;
     m_filter.applyTo(*m_proxy);
+    m_labels.showCallsign(s.callsign);
     m_ingestor->applySourceChoice(m_filter, s.refreshIntervalSecs);
     if (s.hasUserLocation)
         m_model->setUserLocation(s.latitude, s.longitude);
     else
         m_model->clearUserLocation();
-    m_table->setColumnHidden(StationModel::DistanceColumn, !s.hasUserLocation);
-    m_table->setColumnHidden(StationModel::BearingColumn, !s.hasUserLocation);
+    m_table->showDistanceColumns(s.hasUserLocation);
     m_coords->setLookupsEnabled(s.hasUserLocation);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
@@ -866,23 +656,8 @@ void MainWindow::onPreferences()
 
 void MainWindow::onRadioSetup()
 {
-    RigSetupCalls calls;
-    calls.isConnected = [this] { return m_rigLink->isConnected(); };
-    calls.connectRig = [this](const RigConfig &config) { return m_rigLink->connectRigAndWait(config); };
-    calls.disconnectRig = [this] { m_rigLink->disconnectRigAndWait(); };
-    calls.frequencyKhz = [this] {
-        double kHz = 0.0;
-        QString mode;
-        return m_rigLink->readFrequencyAndWait(kHz, mode) ? kHz : 0.0;
-    };
-    calls.mode = [this] {
-        double kHz = 0.0;
-        QString mode;
-        m_rigLink->readFrequencyAndWait(kHz, mode);
-        return mode;
-    };
     RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
-                            RadioSetupDialog::detectSerialPorts(), calls, this);
+                            RadioSetupDialog::detectSerialPorts(), RigSetupCalls::through(*m_rigLink), this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.rig = dialog.rigConfig();
@@ -899,7 +674,7 @@ void MainWindow::onDxClusterSetup()
     createDxFetchers();
     if (m_filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
-    updateDxStatusLabel();
+    m_labels.showDxConnected(anyDxConnected());
     saveJsonSettings();
 }
 
@@ -908,15 +683,15 @@ void MainWindow::onLwBridgeSetup()
     LwBridgeDialog dialog(LwBridgeSettings::fromSettings(m_settings), this);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    const bool retarget =
-        m_settings.lwHost != dialog.settings().host || m_settings.lwPort != dialog.settings().port;
-    dialog.settings().applyTo(m_settings);
-    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
-    m_radio->setBridgeEnabled(m_settings.lwEnabled);
+    const LwBridgeSettings chosen = dialog.settings();
+    const bool retarget = m_settings.lwHost != chosen.host || m_settings.lwPort != chosen.port;
+    chosen.applyTo(m_settings);
+    m_lwClient->setTarget(chosen.host, chosen.port);
+    m_radio->setBridgeEnabled(chosen.enabled);
     // A new target while linked takes effect at once, not at the next drop.
-    if (retarget && m_lwClient->isEnabled())
+    if (retarget)
         m_lwClient->setEnabled(false);
-    m_lwClient->setEnabled(m_settings.lwEnabled);
+    m_lwClient->setEnabled(chosen.enabled);
     saveJsonSettings();
 }
 
@@ -959,28 +734,22 @@ void MainWindow::loadJsonSettings()
 void MainWindow::applySettingsToWidgets()
 {
     const AppSettings &s = m_settings;
-    if (!s.callsign.isEmpty())
-        m_callsignLabel->setText(QStringLiteral("DE: %1").arg(s.callsign));
+    m_labels.showCallsign(s.callsign);
     m_filterBar->setState(m_filter);
     m_filter.applyTo(*m_proxy);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     updateSpotCounts();
-
     m_table->sortByColumn(s.sortColumn, s.sortOrder);
-    if (s.windowGeometry.isEmpty())
+    if (s.windowGeometry.isEmpty() || !restoreGeometry(s.windowGeometry))
         resize(1200, 680);
-    else
-        restoreGeometry(s.windowGeometry);
     if (!s.windowState.isEmpty())
         restoreState(s.windowState, 0);
     if (!s.splitterState.isEmpty())
         m_splitter->restoreState(s.splitterState);
-
     if (s.hasUserLocation)
         m_model->setUserLocation(s.latitude, s.longitude);
-    m_table->setColumnHidden(StationModel::DistanceColumn, !s.hasUserLocation);
-    m_table->setColumnHidden(StationModel::BearingColumn, !s.hasUserLocation);
+    m_table->showDistanceColumns(s.hasUserLocation);
     m_filterBar->autoAtuCheck()->setChecked(s.autoAtu);
 }
 
@@ -1001,21 +770,6 @@ void MainWindow::saveJsonSettings()
 
 // ---- API ------------------------------------------------------------------
 
-bool MainWindow::apiIsRadioConnected() const
-{
-    return m_rigLink->isConnected();
-}
-
-double MainWindow::apiRadioFreqKhz() const
-{
-    return m_radio->lastFreqKhz();
-}
-
-QString MainWindow::apiRadioMode() const
-{
-    return m_radio->lastMode();
-}
-
 int MainWindow::apiVisibleSpotCount() const
 {
     return m_proxy->rowCount();
@@ -1028,12 +782,7 @@ int MainWindow::apiTotalSpotCount() const
 
 QList<StationSpot> MainWindow::apiVisibleSpots() const
 {
-    QList<StationSpot> spots;
-    const int rows = m_proxy->rowCount();
-    spots.reserve(rows);
-    for (int row = 0; row < rows; ++row)
-        spots.append(m_model->spots().at(m_proxy->mapToSource(m_proxy->index(row, 0)).row()));
-    return spots;
+    return SelectionKeeper::visibleSpots(*m_proxy, *m_model);
 }
 
 QList<StationSpot> MainWindow::apiAllSpots() const
@@ -1054,14 +803,14 @@ QJsonObject MainWindow::apiConfigGet() const
 
 void MainWindow::apiConfigSet(const QJsonObject &config)
 {
+    // The command has clamped the values already.
     if (config.contains(QStringLiteral("maxAgeMins"))) {
-        m_filter.maxAgeMins = qBound(1, config.value(QStringLiteral("maxAgeMins")).toInt(), 720);
+        m_filter.maxAgeMins = config.value(QStringLiteral("maxAgeMins")).toInt();
         m_filter.applyTo(*m_proxy);
         updateSpotCounts();
     }
     if (config.contains(QStringLiteral("refreshIntervalSecs"))) {
-        m_settings.refreshIntervalSecs =
-            qMax(60, config.value(QStringLiteral("refreshIntervalSecs")).toInt());
+        m_settings.refreshIntervalSecs = config.value(QStringLiteral("refreshIntervalSecs")).toInt();
         m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
     }
     saveJsonSettings();
@@ -1072,7 +821,7 @@ void MainWindow::apiFilterSet(const QJsonObject &filter)
 {
     m_filter.mergeApiJson(filter);
     m_filterBar->setState(m_filter);
-    onSourceFilterChanged(); // re-runs every filter, the sources' refresh and the DX link; saves; pushes
+    onSourceFilterChanged(); // every filter, the sources' refresh and the DX link; saves; pushes
 }
 
 bool MainWindow::apiTuneToSpot(const QString &key)
@@ -1093,6 +842,7 @@ void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status
 
 bool MainWindow::apiLogSpot(const QString &key)
 {
+    // Only the line: no mark, no status recorded.
     if (SelectionKeeper::modelRowForKey(*m_model, key) < 0)
         return false;
     m_contactLog.append(spotForKey(key), m_settings.callsign);
@@ -1103,50 +853,4 @@ void MainWindow::apiRadioConnect()
 {
     if (!m_rigLink->isConnected())
         m_rigLink->connectRig(m_settings.rig);
-}
-
-void MainWindow::apiRadioDisconnect()
-{
-    m_rigLink->disconnectRig();
-}
-
-void MainWindow::apiSetRadioFreqKhz(double kHz)
-{
-    m_radio->target().setFrequency(kHz);
-}
-
-void MainWindow::apiSetRadioMode(const QString &mode)
-{
-    // Always the rig, re-tuning the last known frequency in the new mode.
-    m_rigLink->tune(m_radio->lastFreqKhz(), mode);
-}
-
-void MainWindow::apiSetVolume(int volume)
-{
-    m_radio->target().setVolume(volume);
-}
-
-void MainWindow::apiSetRfPower(int power)
-{
-    m_radio->target().setRfPower(power);
-}
-
-void MainWindow::apiSetMute(bool muted)
-{
-    m_radio->target().setMute(muted);
-}
-
-void MainWindow::apiSetFilter(int filter)
-{
-    m_radio->target().setFilter(filter);
-}
-
-void MainWindow::apiSetKeySpeed(int wpm)
-{
-    m_radio->target().setKeySpeed(wpm);
-}
-
-void MainWindow::apiStartTune()
-{
-    m_radio->startTune();
 }

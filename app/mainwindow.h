@@ -6,8 +6,11 @@
 #include "app/selectionkeeper.h"
 #include "app/serviceurls.h"
 #include "app/settingsfile.h"
+#include "app/widgets/windowlabels.h"
 #include "model/filterstate.h"
 #include "model/stationspot.h"
+#include "radio/hamliblink.h"
+#include "radio/radiorouter.h"
 #include "radio/rigtypes.h"
 #include "sources/dxclusterpool.h"
 
@@ -20,28 +23,25 @@ class DetailPanel;
 class FilterBar;
 class GmaSpotFetcher;
 class HamlibController;
-class HamlibLink;
 class LwClient;
 class PotaSpotFetcher;
-class QLabel;
 class QNetworkAccessManager;
 class QSplitter;
-class QTableView;
 class QThread;
 class QTimer;
 class RadioPanel;
-class RadioRouter;
 class SotaSpotFetcher;
-class SpotFilterProxyModel;
 class SourceHealth;
+class SpotFilterProxyModel;
 class SpotIngestor;
-struct ExportFormat;
+class SpotTable;
 class StationModel;
 class UpdateBar;
 class UpdateChecker;
 class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
+struct ExportFormat;
 
 // The application controller: owns every long-lived object in a fixed order,
 // builds the interface, loads the stored state and wires the signals. The
@@ -56,13 +56,13 @@ public:
     explicit MainWindow(const ServiceUrls &services, QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    bool anyDxConnected() const;
-    bool isLwBridgeActive() const;
+    bool anyDxConnected() const { return m_dxClusters.anyConnected(); }
+    bool isLwBridgeActive() const { return m_radio->isBridgeActive(); }
 
     // The functions behind the WebSocket API.
-    bool apiIsRadioConnected() const override;
-    double apiRadioFreqKhz() const override;
-    QString apiRadioMode() const override;
+    bool apiIsRadioConnected() const override { return m_rigLink->isConnected(); }
+    double apiRadioFreqKhz() const override { return m_radio->lastFreqKhz(); }
+    QString apiRadioMode() const override { return m_radio->lastMode(); }
     QString apiCallsign() const override { return m_settings.callsign; }
     int apiVisibleSpotCount() const override;
     int apiTotalSpotCount() const override;
@@ -76,15 +76,16 @@ public:
     void apiSetSpotStatus(const QString &key, StationSpot::Status status) override;
     bool apiLogSpot(const QString &key) override;
     void apiRadioConnect() override;
-    void apiRadioDisconnect() override;
-    void apiSetRadioFreqKhz(double kHz) override;
-    void apiSetRadioMode(const QString &mode) override;
-    void apiSetVolume(int volume) override;
-    void apiSetRfPower(int power) override;
-    void apiSetMute(bool muted) override;
-    void apiSetFilter(int filter) override;
-    void apiSetKeySpeed(int wpm) override;
-    void apiStartTune() override;
+    void apiRadioDisconnect() override { m_rigLink->disconnectRig(); }
+    void apiSetRadioFreqKhz(double kHz) override { m_radio->target().setFrequency(kHz); }
+    // Always the rig, re-tuning the last known frequency in the new mode.
+    void apiSetRadioMode(const QString &mode) override { m_rigLink->tune(m_radio->lastFreqKhz(), mode); }
+    void apiSetVolume(int volume) override { m_radio->target().setVolume(volume); }
+    void apiSetRfPower(int power) override { m_radio->target().setRfPower(power); }
+    void apiSetMute(bool muted) override { m_radio->target().setMute(muted); }
+    void apiSetFilter(int filter) override { m_radio->target().setFilter(filter); }
+    void apiSetKeySpeed(int wpm) override { m_radio->target().setKeySpeed(wpm); }
+    void apiStartTune() override { m_radio->startTune(); }
     void apiRefresh() override { onRefreshAll(); }
 
 public slots:
@@ -94,7 +95,6 @@ public slots:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private slots:
     void onSpotsReady(const QList<StationSpot> &spots);
@@ -102,14 +102,14 @@ private slots:
     void onFetchStarted();
     void onDxConnectionChanged(bool connected);
     void onSourceFilterChanged();
-    void onModeFilterChanged();
-    void onBandFilterChanged();
-    void onStatusFilterChanged(int index);
-    void onTextFilterChanged(const QString &text);
+    void onModeFilterChanged() { applyFilter(true); }
+    void onBandFilterChanged() { applyFilter(true); }
+    void onStatusFilterChanged(int) { applyFilter(true); }
+    void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
     void onSelectionChanged();
     void onTuneClicked();
-    void onMarkHeard();
-    void onMarkUnheard();
+    void onMarkHeard() { markSelected(StationSpot::Heard); }
+    void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
     void onAddToLog();
     void exportSotaLog();
     void exportPotaLog();
@@ -119,16 +119,15 @@ private slots:
     void onLwBridgeSetup();
     void onProgramsClicked();
     void onUpdateAvailable(const QString &buildTime);
-    void onLwConnected();
-    void onLwDisconnected();
-    void onLwRadioFrequency(double kHz, const QString &mode);
-    void onLwRadioConnectedChanged(bool connected);
     void onRadioConnectionChanged(bool connected);
     void onCapabilitiesChanged(const RadioCaps &caps);
     void onRadioStateRead(const RadioState &state);
     void onRadioPollResult(double kHz, const QString &mode);
-    void startupChecks();
-    void onAbout();
+    void onLwConnected();
+    void onLwDisconnected();
+    void onLwRadioFrequency(double kHz, const QString &mode);
+    void onLwRadioConnectedChanged(bool connected);
+    void startupChecks() { m_radio->connectRigLater(1500); } // let the window appear first
 
 private:
     void setupUi();
@@ -139,26 +138,24 @@ private:
     void applyStyleSheet();
     void wireSources();
     void wireRig();
-
-    void loadContactStatus();
-    void loadCoordCache();
-    void applyPersistedStatuses();
-    void queueCoordLookups(const QList<StationSpot> &batch);
-    void markSelected(StationSpot::Status status);
-    void exportLog(const ExportFormat &format);
+    void wireRadioPanel();
     void startApiServer();
+    void startBridge();
+
+    void loadContactStatus() { m_statusStore.load(ContactStatusStore::defaultFilePath()); }
+    void loadCoordCache();
     void loadJsonSettings();
     void applySettingsToWidgets();
+    void applyPersistedStatuses() { m_statusStore.applyTo(*m_model); }
+    void queueCoordLookups(const QList<StationSpot> &batch);
 
     void createDxFetchers();
-    void updateDxStatusLabel();
     void afterMerge(const QList<StationSpot> &batch);
     void updateSpotCounts();
-    // Filter changes: show, apply, count and (unless only the search text changed) save.
+    // Filter changes: read the bar, apply, count, save (unless only the search changed), push.
     void applyFilter(bool save);
-    void selectProxyRow(int row);
-    // The operator's keys; true when the key was one of them.
-    bool handleOperatorKey(int key);
+    void markSelected(StationSpot::Status status);
+    void exportLog(const ExportFormat &format);
     void tuneStation(double kHz, const QString &mode);
     StationSpot spotForKey(const QString &key) const;
 
@@ -174,15 +171,15 @@ private:
     DxClusterPool m_dxClusters;
     HamlibController *m_rig;
     QThread *m_rigThread = nullptr;
+    UpdateChecker *m_updateChecker;
     QTimer *m_pollTimer;
     QTimer *m_reconnectTimer;
     QNetworkAccessManager *m_network;
-    HamlibLink *m_rigLink;
-    RadioRouter *m_radio;
-    UpdateChecker *m_updateChecker;
-    CoordinateCache *m_coords;
     WsServer *m_wsServer = nullptr;
     LwClient *m_lwClient = nullptr;
+    HamlibLink *m_rigLink;
+    RadioRouter *m_radio;
+    CoordinateCache *m_coords;
     SpotIngestor *m_ingestor;
     SourceHealth *m_sourceHealth;
     ContactStatusStore m_statusStore;
@@ -194,19 +191,11 @@ private:
     bool m_loadingSettings = false;
 
     // Widgets.
+    WindowLabels m_labels;
     FilterBar *m_filterBar = nullptr;
-    QTableView *m_table = nullptr;
+    SpotTable *m_table = nullptr;
     DetailPanel *m_detailPanel = nullptr;
     RadioPanel *m_radioPanel = nullptr;
     UpdateBar *m_updateBar = nullptr;
     QSplitter *m_splitter = nullptr;
-    // The tool bar's short radio state, and the status bar's longer one.
-    QLabel *m_toolbarRadioStatus = nullptr;
-    QLabel *m_toolbarDxStatus = nullptr;
-    QLabel *m_callsignLabel = nullptr;
-    QLabel *m_statusBarRadio = nullptr;
-    QLabel *m_statusSpots = nullptr;
-    QLabel *m_statusRefresh = nullptr;
-    QLabel *m_statusBridge = nullptr;
-    QLabel *m_statusSources = nullptr;
 };

@@ -25,6 +25,16 @@ int SelectionKeeper::proxyRowForKey(const SpotFilterProxyModel &proxy, const Sta
     return -1;
 }
 
+QList<StationSpot> SelectionKeeper::visibleSpots(const SpotFilterProxyModel &proxy, const StationModel &model)
+{
+    QList<StationSpot> spots;
+    const int rows = proxy.rowCount();
+    spots.reserve(rows);
+    for (int row = 0; row < rows; ++row)
+        spots.append(model.spots().at(proxy.mapToSource(proxy.index(row, 0)).row()));
+    return spots;
+}
+
 int SelectionKeeper::modelRowForKey(const StationModel &model, const QString &key)
 {
     const QList<StationSpot> &spots = model.spots();

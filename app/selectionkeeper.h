@@ -1,5 +1,8 @@
 #pragma once
 
+#include "model/stationspot.h"
+
+#include <QList>
 #include <QString>
 
 class SpotFilterProxyModel;
@@ -42,6 +45,8 @@ public:
     // The proxy row showing the spot of that key, or -1.
     static int proxyRowForKey(const SpotFilterProxyModel &proxy, const StationModel &model,
                               const QString &key);
+    // The spots the proxy shows, in its row order.
+    static QList<StationSpot> visibleSpots(const SpotFilterProxyModel &proxy, const StationModel &model);
     // The model row of the spot of that key, or -1.
     static int modelRowForKey(const StationModel &model, const QString &key);
 

@@ -1,6 +1,7 @@
 #include "app/dialogs/radiosetupdialog.h"
 
 #include "app/dialogs/dialogfields.h"
+#include "radio/hamliblink.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -38,6 +39,26 @@ QString serialPortText(const SerialPortChoice &port)
 }
 
 } // namespace
+
+RigSetupCalls RigSetupCalls::through(HamlibLink &link)
+{
+    RigSetupCalls calls;
+    calls.isConnected = [&link] { return link.isConnected(); };
+    calls.connectRig = [&link](const RigConfig &config) { return link.connectRigAndWait(config); };
+    calls.disconnectRig = [&link] { link.disconnectRigAndWait(); };
+    calls.frequencyKhz = [&link] {
+        double kHz = 0.0;
+        QString mode;
+        return link.readFrequencyAndWait(kHz, mode) ? kHz : 0.0;
+    };
+    calls.mode = [&link] {
+        double kHz = 0.0;
+        QString mode;
+        link.readFrequencyAndWait(kHz, mode);
+        return mode;
+    };
+    return calls;
+}
 
 RadioSetupDialog::RadioSetupDialog(const RigConfig &config, const QStringList &rigModels,
                                    const QList<SerialPortChoice> &serialPorts, RigSetupCalls rig,

@@ -14,6 +14,8 @@ class QLabel;
 
 // A serial port the radio set-up offers: the device path that is stored, and
 // what the system says the device is.
+class HamlibLink;
+
 struct SerialPortChoice
 {
     QString device;
@@ -29,6 +31,9 @@ struct RigSetupCalls
     std::function<void()> disconnectRig;
     std::function<double()> frequencyKhz; // 0 or less when it cannot be read
     std::function<QString()> mode;
+
+    // The calls through the program's one link to the rig's worker thread.
+    static RigSetupCalls through(HamlibLink &link);
 };
 
 // "Radio Setup": the ten rig connection settings, with buttons that connect,

@@ -1,0 +1,92 @@
+#include "app/widgets/spottable.h"
+
+#include "model/stationmodel.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+
+SpotTable::SpotTable(QAbstractItemModel *model, QWidget *parent)
+    : QTableView(parent)
+{
+    setObjectName(QStringLiteral("spotTable"));
+    setModel(model);
+    setSortingEnabled(true);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setAlternatingRowColors(true);
+    setWordWrap(false);
+    verticalHeader()->hide();
+    verticalHeader()->setDefaultSectionSize(22);
+    // Fixed starting widths: fitting columns to their contents would measure
+    // every row after every merge. The park or summit name takes the slack.
+    static constexpr int k_columnWidths[StationModel::ColumnCount] = {70, 100, 110, 0,  95,
+                                                                      60, 75,  85,  75, 70};
+    for (int column = 0; column < StationModel::ColumnCount; ++column)
+        horizontalHeader()->resizeSection(column, k_columnWidths[column]);
+    horizontalHeader()->setSectionResizeMode(StationModel::NameColumn, QHeaderView::Stretch);
+    sortByColumn(StationModel::AgeColumn, Qt::DescendingOrder);
+    showDistanceColumns(false);
+}
+
+SpotTable::~SpotTable() = default;
+
+int SpotTable::selectedRow() const
+{
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+void SpotTable::selectViewRow(int row)
+{
+    const QModelIndex index = model()->index(row, 0);
+    selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    scrollTo(index);
+}
+
+bool SpotTable::stepSelection(int step)
+{
+    const int rows = model()->rowCount();
+    if (rows == 0)
+        return false;
+    const int current = selectedRow();
+    if (current < 0)
+        selectViewRow(step > 0 ? 0 : rows - 1);
+    else
+        selectViewRow(qBound(0, current + step, rows - 1));
+    return true;
+}
+
+void SpotTable::showDistanceColumns(bool shown)
+{
+    // Distance and bearing mean nothing until the operator's position is known.
+    setColumnHidden(StationModel::DistanceColumn, !shown);
+    setColumnHidden(StationModel::BearingColumn, !shown);
+}
+
+bool SpotTable::isOperatorKey(int key)
+{
+    switch (key) {
+    case Qt::Key_H:
+    case Qt::Key_U:
+    case Qt::Key_Q:
+    case Qt::Key_L:
+    case Qt::Key_T:
+    case Qt::Key_J:
+    case Qt::Key_K:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void SpotTable::keyPressEvent(QKeyEvent *event)
+{
+    // Unhandled here, the key goes on to the window.
+    if (event->modifiers() == Qt::NoModifier && isOperatorKey(event->key())) {
+        event->ignore();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}

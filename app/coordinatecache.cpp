@@ -59,6 +59,13 @@ bool isNoPosition(const CoordinateCache::Position &p)
     return p.latitude == 0.0 && p.longitude == 0.0;
 }
 
+// Texts such as "nan" or "1e9" convert, and a hand-edited file may say 500,
+// but neither is a place on Earth.
+bool isPlace(const CoordinateCache::Position &p)
+{
+    return std::abs(p.latitude) <= 90.0 && std::abs(p.longitude) <= 180.0 && !isNoPosition(p);
+}
+
 // Numbers, or numeric texts as some services send, but never one of each.
 std::optional<CoordinateCache::Position> parsePosition(const QByteArray &body)
 {
@@ -77,8 +84,7 @@ std::optional<CoordinateCache::Position> parsePosition(const QByteArray &body)
     } else {
         return std::nullopt;
     }
-    // Texts such as "nan" or "1e9" convert, but are no place on Earth.
-    if (!(std::abs(p.latitude) <= 90.0) || !(std::abs(p.longitude) <= 180.0) || isNoPosition(p))
+    if (!isPlace(p))
         return std::nullopt;
     return p;
 }
@@ -145,7 +151,7 @@ void CoordinateCache::load()
 {
     const QList<FileEntry> entries = readFileEntries(coordCacheFilePath(), cutoffMSecs());
     for (const FileEntry &entry : entries) {
-        if (!isNoPosition(entry.position))
+        if (isPlace(entry.position))
             m_positions.insert(entry.reference, entry.position);
     }
 }

@@ -12,6 +12,7 @@
 #include "app/spotingestor.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
+#include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
 #include "app/widgets/radiopanel.h"
@@ -72,6 +73,8 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
     , m_sourceHealth(new SourceHealth(this))
+    , m_alerts(new AlertCenter(&m_worked, this))
+    , m_snapshotTimer(new QTimer(this))
 {
     registerStationSpotMetaTypes();
     m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
@@ -85,6 +88,11 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadContactStatus();
     loadCoordCache();
     loadJsonSettings();
+    m_worked.reload();
+    applyHideWorked();
+    m_alerts->applySettings(m_settings);
+    connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
+    loadSpotSnapshot();
     connect(m_table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
             &MainWindow::saveJsonSettings);
 
@@ -104,6 +112,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     saveJsonSettings();
 
     m_wsServer = new WsServer(this, this);
+    m_radioView->setApiServer(m_wsServer);
     startApiServer();
     startBridge();
 }
@@ -121,7 +130,59 @@ MainWindow::~MainWindow()
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     saveJsonSettings();
+    saveSpotSnapshot();
     event->accept();
+}
+
+void MainWindow::loadSpotSnapshot()
+{
+    const QMap<StationSpot::Source, QList<StationSpot>> bySource =
+        m_snapshot.read(QDateTime::currentMSecsSinceEpoch());
+    QList<StationSpot> seen;
+    for (const QList<StationSpot> &spots : bySource) {
+        m_model->mergeSpots(spots);
+        seen += spots;
+    }
+    applyPersistedStatuses();
+    updateSpotCounts();
+    m_alerts->seed(seen);
+    // Kept fresh so that a crash loses at most two minutes of the table.
+    m_snapshotTimer->setObjectName(QStringLiteral("spotSnapshotTimer"));
+    connect(m_snapshotTimer, &QTimer::timeout, this, &MainWindow::saveSpotSnapshot);
+    m_snapshotTimer->start(120000);
+}
+
+void MainWindow::saveSpotSnapshot() const
+{
+    m_snapshot.write(m_model->spots(), QDateTime::currentMSecsSinceEpoch());
+}
+
+void MainWindow::applyHideWorked()
+{
+    m_proxy->setHiddenTest(m_filter.hideWorked
+                               ? SpotFilterProxyModel::HiddenTest([this](const StationSpot &spot) {
+                                     return m_worked.isWorkedOnBand(spot);
+                                 })
+                               : SpotFilterProxyModel::HiddenTest());
+}
+
+void MainWindow::noteLogged(const StationSpot &spot)
+{
+    m_contactLog.append(spot, m_settings.callsign);
+    m_worked.addContact(spot, m_contactLog.now());
+    if (m_filter.hideWorked)
+        applyHideWorked();
+}
+
+void MainWindow::selectSpot(const QString &key)
+{
+    // As a click would: the window comes forward and the row is selected.
+    showNormal();
+    raise();
+    activateWindow();
+    const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
+    if (row >= 0)
+        m_table->selectViewRow(row);
 }
 
 // ---- interface ------------------------------------------------------------
@@ -184,6 +245,7 @@ void MainWindow::setupCentralWidget()
     connect(m_filterBar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
     connect(m_filterBar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
     connect(m_filterBar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
+    connect(m_filterBar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
     m_updateBar = new UpdateBar(central);
 
     m_splitter = new QSplitter(Qt::Horizontal, central);
@@ -196,6 +258,7 @@ void MainWindow::setupCentralWidget()
     connect(m_detailPanel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
     connect(m_detailPanel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
     wireRadioPanel();
+    m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
     m_splitter->setStretchFactor(0, 3);
     m_splitter->setStretchFactor(1, 1);
 
@@ -304,6 +367,7 @@ void MainWindow::wireSources()
 
 void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
 {
+    m_alerts->processBatch(spots);
     m_ingestor->receive(spots);
 }
 
@@ -347,8 +411,11 @@ void MainWindow::onRefreshAll()
 
 void MainWindow::applyFilter(bool save)
 {
+    const bool hideWorked = m_filter.hideWorked;
     m_filterBar->updateState(m_filter);
     m_filter.applyTo(*m_proxy);
+    if (m_filter.hideWorked != hideWorked)
+        applyHideWorked();
     updateSpotCounts();
     if (save)
         saveJsonSettings();
@@ -415,6 +482,7 @@ void MainWindow::onSelectionChanged()
          m_model->findMultiOpPartners(spot.reference, spot.frequencyKhz, spot.spotTime, spot.callsign))
         partners.append(other.callsign);
     m_detailPanel->showSpot(spot, partners.join(QStringLiteral(", ")));
+    m_detailPanel->showWorked(m_worked.detailText(spot));
 
     if (m_selection.isRestoring() || spot.frequencyKhz <= 0 ||
         !(isLwBridgeActive() || m_rigLink->isConnected()))
@@ -448,21 +516,11 @@ void MainWindow::onAddToLog()
             .markSelection(*m_model, key, StationSpot::Contacted, ContactStatusStore::Spread::SimilarOnly)
             .isEmpty())
         return;
-    m_contactLog.append(spot, m_settings.callsign);
+    noteLogged(spot);
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
     statusBar()->showMessage(m_contactLog.loggedMessage(spot), 6000);
     onSelectionChanged();
-}
-
-void MainWindow::exportSotaLog()
-{
-    exportLog(LogExport::sotaFormat());
-}
-
-void MainWindow::exportPotaLog()
-{
-    exportLog(LogExport::potaFormat());
 }
 
 void MainWindow::exportLog(const ExportFormat &format)
@@ -524,6 +582,7 @@ void MainWindow::startApiServer()
 void MainWindow::startBridge()
 {
     m_lwClient = new LwClient(this);
+    m_radioView->setBridge(m_lwClient);
     m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
     m_radio->setBridge(m_lwClient, [client = m_lwClient] { return client->isLinked(); });
     m_radio->setBridgeEnabled(m_settings.lwEnabled);
@@ -533,16 +592,6 @@ void MainWindow::startBridge()
     connect(m_lwClient, &LwClient::radioConnectedChanged, this, &MainWindow::onLwRadioConnectedChanged);
     if (m_settings.lwEnabled)
         m_lwClient->setEnabled(true);
-}
-
-void MainWindow::tuneStation(double kHz, const QString &mode)
-{
-    const bool viaBridge = m_radio->tune(kHz, mode);
-    statusBar()->showMessage(
-        (viaBridge ? QStringLiteral("Tuned to %1 kHz via Lampwick — may fortune favour the bold.")
-                   : QStringLiteral("Tuned to %1 kHz — may fortune favour the bold."))
-            .arg(kHz, 0, 'f', 0),
-        4000);
 }
 
 void MainWindow::onTuneClicked()
@@ -557,68 +606,6 @@ void MainWindow::onTuneClicked()
     const StationSpot spot = spotForKey(m_selection.selectedKey());
     if (spot.frequencyKhz > 0)
         tuneStation(spot.frequencyKhz, spot.mode);
-}
-
-void MainWindow::onRadioConnectionChanged(bool connected)
-{
-    m_radio->onRigConnectionChanged(connected);
-    m_labels.showRigConnected(connected);
-    if (connected) {
-        statusBar()->showMessage(QStringLiteral("Radio connection established — let the hunt commence."),
-                                 4000);
-        return m_wsServer->pushRadioConnected();
-    }
-    statusBar()->showMessage(QStringLiteral("Radio connection severed."), 4000);
-    m_radioPanel->showDisconnected();
-    m_wsServer->pushRadioDisconnected();
-}
-
-void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
-{
-    m_radioPanel->applyCapabilities(caps);
-}
-
-void MainWindow::onRadioStateRead(const RadioState &state)
-{
-    m_radioPanel->applyState(state);
-}
-
-void MainWindow::onRadioPollResult(double kHz, const QString &mode)
-{
-    m_radio->notePollResult(kHz, mode);
-    m_radioPanel->showPollResult(kHz, mode);
-    m_wsServer->pushRadioFrequency(kHz, mode);
-}
-
-void MainWindow::onLwConnected()
-{
-    m_radio->onBridgeLinked();
-    m_labels.showBridgeLinked();
-    statusBar()->showMessage(QStringLiteral("Lampwick bridge connected — radio control delegated."), 5000);
-    m_wsServer->pushLwConnected(m_lwClient->host(), m_lwClient->port());
-}
-
-void MainWindow::onLwDisconnected()
-{
-    m_labels.showBridgeUnlinked(m_rigLink->isConnected());
-    statusBar()->showMessage(
-        QStringLiteral("Lampwick bridge disconnected — reverting to direct radio control."), 5000);
-    m_radio->onBridgeUnlinked();
-    m_wsServer->pushLwDisconnected();
-}
-
-void MainWindow::onLwRadioFrequency(double kHz, const QString &mode)
-{
-    m_radio->noteBridgeFrequency(kHz, mode);
-    m_radioPanel->showBridgeFrequency(kHz, mode);
-    m_wsServer->pushRadioFrequency(kHz, mode);
-}
-
-void MainWindow::onLwRadioConnectedChanged(bool connected)
-{
-    // Only while the bridge has the radio; otherwise the label is the rig's.
-    if (m_settings.lwEnabled && m_lwClient && m_lwClient->isLinked())
-        m_labels.showBridgeRig(connected);
 }
 
 // ---- dialogs --------------------------------------------------------------
@@ -643,6 +630,7 @@ void MainWindow::onPreferences()
     m_coords->setLookupsEnabled(s.hasUserLocation);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
+    m_alerts->applySettings(s);
     for (DxClusterFetcher *dx : m_dxClusters.clients())
         dx->setCallsign(s.callsign);
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
@@ -770,37 +758,6 @@ void MainWindow::saveJsonSettings()
 
 // ---- API ------------------------------------------------------------------
 
-int MainWindow::apiVisibleSpotCount() const
-{
-    return m_proxy->rowCount();
-}
-
-int MainWindow::apiTotalSpotCount() const
-{
-    return m_model->rowCount();
-}
-
-QList<StationSpot> MainWindow::apiVisibleSpots() const
-{
-    return SelectionKeeper::visibleSpots(*m_proxy, *m_model);
-}
-
-QList<StationSpot> MainWindow::apiAllSpots() const
-{
-    return m_model->spots();
-}
-
-QJsonObject MainWindow::apiConfigGet() const
-{
-    return QJsonObject{{QStringLiteral("callsign"), m_settings.callsign},
-                       {QStringLiteral("sotaRef"), m_settings.sotaRef},
-                       {QStringLiteral("maxAgeMins"), m_filter.maxAgeMins},
-                       {QStringLiteral("refreshIntervalSecs"), m_settings.refreshIntervalSecs},
-                       {QStringLiteral("wsEnabled"), m_settings.wsEnabled},
-                       {QStringLiteral("wsPort"), m_settings.wsPort},
-                       {QStringLiteral("wsHost"), m_settings.wsHost}};
-}
-
 void MainWindow::apiConfigSet(const QJsonObject &config)
 {
     // The command has clamped the values already.
@@ -821,6 +778,7 @@ void MainWindow::apiFilterSet(const QJsonObject &filter)
 {
     m_filter.mergeApiJson(filter);
     m_filterBar->setState(m_filter);
+    applyHideWorked();
     onSourceFilterChanged(); // every filter, the sources' refresh and the DX link; saves; pushes
 }
 
@@ -845,7 +803,7 @@ bool MainWindow::apiLogSpot(const QString &key)
     // Only the line: no mark, no status recorded.
     if (SelectionKeeper::modelRowForKey(*m_model, key) < 0)
         return false;
-    m_contactLog.append(spotForKey(key), m_settings.callsign);
+    noteLogged(spotForKey(key));
     return true;
 }
 

@@ -3,11 +3,18 @@
 #include "api/apibackend.h"
 #include "app/contactlog.h"
 #include "app/contactstatusstore.h"
+#include "app/logexport.h"
 #include "app/selectionkeeper.h"
 #include "app/serviceurls.h"
 #include "app/settingsfile.h"
+#include "app/spotsnapshot.h"
+#include "app/widgets/radiopanel.h"
+#include "app/widgets/radioview.h"
 #include "app/widgets/windowlabels.h"
+#include "app/workedindex.h"
 #include "model/filterstate.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
 #include "model/stationspot.h"
 #include "radio/hamliblink.h"
 #include "radio/radiorouter.h"
@@ -17,6 +24,7 @@
 #include <QList>
 #include <QMainWindow>
 
+class AlertCenter;
 class BotaSpotFetcher;
 class CoordinateCache;
 class DetailPanel;
@@ -29,13 +37,10 @@ class QNetworkAccessManager;
 class QSplitter;
 class QThread;
 class QTimer;
-class RadioPanel;
 class SotaSpotFetcher;
 class SourceHealth;
-class SpotFilterProxyModel;
 class SpotIngestor;
 class SpotTable;
-class StationModel;
 class UpdateBar;
 class UpdateChecker;
 class WsServer;
@@ -64,11 +69,14 @@ public:
     double apiRadioFreqKhz() const override { return m_radio->lastFreqKhz(); }
     QString apiRadioMode() const override { return m_radio->lastMode(); }
     QString apiCallsign() const override { return m_settings.callsign; }
-    int apiVisibleSpotCount() const override;
-    int apiTotalSpotCount() const override;
-    QList<StationSpot> apiVisibleSpots() const override;
-    QList<StationSpot> apiAllSpots() const override;
-    QJsonObject apiConfigGet() const override;
+    int apiVisibleSpotCount() const override { return m_proxy->rowCount(); }
+    int apiTotalSpotCount() const override { return m_model->rowCount(); }
+    QList<StationSpot> apiVisibleSpots() const override
+    {
+        return SelectionKeeper::visibleSpots(*m_proxy, *m_model);
+    }
+    QList<StationSpot> apiAllSpots() const override { return m_model->spots(); }
+    QJsonObject apiConfigGet() const override { return m_settings.apiConfig(); }
     void apiConfigSet(const QJsonObject &config) override;
     QJsonObject apiFilterGet() const override { return m_filter.toApiJson(); }
     void apiFilterSet(const QJsonObject &filter) override;
@@ -111,22 +119,25 @@ private slots:
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
     void onAddToLog();
-    void exportSotaLog();
-    void exportPotaLog();
+    void exportSotaLog() { exportLog(LogExport::sotaFormat()); }
+    void exportPotaLog() { exportLog(LogExport::potaFormat()); }
     void onPreferences();
     void onRadioSetup();
     void onDxClusterSetup();
     void onLwBridgeSetup();
     void onProgramsClicked();
     void onUpdateAvailable(const QString &buildTime);
-    void onRadioConnectionChanged(bool connected);
-    void onCapabilitiesChanged(const RadioCaps &caps);
-    void onRadioStateRead(const RadioState &state);
-    void onRadioPollResult(double kHz, const QString &mode);
-    void onLwConnected();
-    void onLwDisconnected();
-    void onLwRadioFrequency(double kHz, const QString &mode);
-    void onLwRadioConnectedChanged(bool connected);
+    void onRadioConnectionChanged(bool connected) { m_radioView->rigConnectionChanged(connected); }
+    void onCapabilitiesChanged(const RadioCaps &caps) { m_radioPanel->applyCapabilities(caps); }
+    void onRadioStateRead(const RadioState &state) { m_radioPanel->applyState(state); }
+    void onRadioPollResult(double kHz, const QString &mode) { m_radioView->rigPolled(kHz, mode); }
+    void onLwConnected() { m_radioView->bridgeLinked(); }
+    void onLwDisconnected() { m_radioView->bridgeUnlinked(); }
+    void onLwRadioFrequency(double kHz, const QString &mode) { m_radioView->bridgeFrequency(kHz, mode); }
+    void onLwRadioConnectedChanged(bool connected)
+    {
+        m_radioView->bridgeRigChanged(connected, m_settings.lwEnabled);
+    }
     void startupChecks() { m_radio->connectRigLater(1500); } // let the window appear first
 
 private:
@@ -147,16 +158,22 @@ private:
     void loadJsonSettings();
     void applySettingsToWidgets();
     void applyPersistedStatuses() { m_statusStore.applyTo(*m_model); }
+    // Spots of the last session, shown at once until each source answers.
+    void loadSpotSnapshot();
+    void saveSpotSnapshot() const;
+    void applyHideWorked();
+    void noteLogged(const StationSpot &spot);
+    void selectSpot(const QString &key);
     void queueCoordLookups(const QList<StationSpot> &batch);
+    void updateSpotCounts();
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
-    void updateSpotCounts();
     // Filter changes: read the bar, apply, count, save (unless only the search changed), push.
     void applyFilter(bool save);
     void markSelected(StationSpot::Status status);
     void exportLog(const ExportFormat &format);
-    void tuneStation(double kHz, const QString &mode);
+    void tuneStation(double kHz, const QString &mode) { m_radioView->tuned(kHz, m_radio->tune(kHz, mode)); }
     StationSpot spotForKey(const QString &key) const;
 
     // Owned objects, in creation order.
@@ -184,6 +201,10 @@ private:
     SourceHealth *m_sourceHealth;
     ContactStatusStore m_statusStore;
     ContactLog m_contactLog;
+    WorkedIndex m_worked;
+    SpotSnapshot m_snapshot;
+    AlertCenter *m_alerts;
+    QTimer *m_snapshotTimer;
 
     AppSettings m_settings;
     FilterState m_filter;
@@ -196,6 +217,7 @@ private:
     SpotTable *m_table = nullptr;
     DetailPanel *m_detailPanel = nullptr;
     RadioPanel *m_radioPanel = nullptr;
+    RadioView *m_radioView = nullptr;
     UpdateBar *m_updateBar = nullptr;
     QSplitter *m_splitter = nullptr;
 };

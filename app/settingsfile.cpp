@@ -187,6 +187,14 @@ bool operator==(const AppSettings &a, const AppSettings &b)
     return SettingsFile::toJson(a) == SettingsFile::toJson(b);
 }
 
+QJsonObject AppSettings::apiConfig() const
+{
+    return QJsonObject{{key("callsign"), callsign},     {key("sotaRef"), sotaRef},
+                       {key("maxAgeMins"), maxAgeMins}, {key("refreshIntervalSecs"), refreshIntervalSecs},
+                       {key("wsEnabled"), wsEnabled},   {key("wsPort"), wsPort},
+                       {key("wsHost"), wsHost}};
+}
+
 FilterState AppSettings::filterState() const
 {
     FilterState filter;
@@ -197,6 +205,7 @@ FilterState AppSettings::filterState() const
     filter.maxAgeMins = maxAgeMins;
     filter.potaPrograms = potaPrograms;
     filter.sotaAssociations = sotaAssociations;
+    filter.hideWorked = hideWorked;
     return filter;
 }
 
@@ -209,6 +218,7 @@ void AppSettings::setFilterState(const FilterState &filter)
     maxAgeMins = filter.maxAgeMins;
     potaPrograms = filter.potaPrograms;
     sotaAssociations = filter.sotaAssociations;
+    hideWorked = filter.hideWorked;
 }
 
 QString settingsFilePath()
@@ -263,6 +273,10 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.lwHost = stringValue(json.value(key("lwHost")), d.lwHost);
     s.lwPort = clampedPort(json.value(key("lwPort")), d.lwPort, 1024);
     s.autoAtu = json.value(key("autoAtu")).toBool(d.autoAtu);
+    s.alertsEnabled = json.value(key("alertsEnabled")).toBool(d.alertsEnabled);
+    s.alertSound = json.value(key("alertSound")).toBool(d.alertSound);
+    s.alertNeededOnly = json.value(key("alertNeededOnly")).toBool(d.alertNeededOnly);
+    s.hideWorked = json.value(key("hideWorked")).toBool(d.hideWorked);
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
     s.windowState = blobValue(json.value(key("windowState")));
@@ -299,6 +313,10 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("lwHost"), s.lwHost},
         {key("lwPort"), s.lwPort},
         {key("autoAtu"), s.autoAtu},
+        {key("alertsEnabled"), s.alertsEnabled},
+        {key("alertSound"), s.alertSound},
+        {key("alertNeededOnly"), s.alertNeededOnly},
+        {key("hideWorked"), s.hideWorked},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},
         {key("splitterState"), blobText(s.splitterState)},

@@ -53,6 +53,7 @@ struct AppSettings
     QStringList disabledBands;
     QStringList potaPrograms;
     QStringList sotaAssociations;
+    bool hideWorked = false; // spots of a reference (or call) already worked on that band
     QStringList watchCallsigns;
     QStringList watchReferences;
 
@@ -63,6 +64,10 @@ struct AppSettings
     QString lwHost = QStringLiteral("127.0.0.1");
     quint16 lwPort = 2104; // 1024..65535
     bool autoAtu = false;
+    // Watch-list alerts: on, with a sound, for every activation or only for needed ones.
+    bool alertsEnabled = true;
+    bool alertSound = true;
+    bool alertNeededOnly = false;
 
     // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
     QByteArray windowGeometry;
@@ -73,6 +78,9 @@ struct AppSettings
     // band list from the band table, so unknown names read from the file go then.
     FilterState filterState() const;
     void setFilterState(const FilterState &filter);
+
+    // The API's "config.get" object.
+    QJsonObject apiConfig() const;
 
     // Equal when they write the same file.
     friend bool operator==(const AppSettings &a, const AppSettings &b);

@@ -103,6 +103,7 @@ QJsonObject FilterState::toApiJson() const
         json.insert(QLatin1String(k_modeKeys[i]), modes[size_t(i)]);
     json.insert(QStringLiteral("status_mode"), statusValue());
     json.insert(QStringLiteral("max_age_mins"), maxAgeMins);
+    json.insert(QStringLiteral("hide_worked"), hideWorked);
     return json;
 }
 
@@ -125,6 +126,8 @@ void FilterState::mergeApiJson(const QJsonObject &json)
     }
     if (json.contains(QStringLiteral("max_age_mins")))
         maxAgeMins = qBound(1, json.value(QStringLiteral("max_age_mins")).toInt(), 720);
+    if (json.contains(QStringLiteral("hide_worked")))
+        hideWorked = json.value(QStringLiteral("hide_worked")).toBool();
     if (json.contains(QStringLiteral("search")))
         searchText = json.value(QStringLiteral("search")).toString();
 }
@@ -134,5 +137,5 @@ bool operator==(const FilterState &a, const FilterState &b)
     return a.sources == b.sources && a.modes == b.modes && a.bands == b.bands &&
            a.statusIndex == b.statusIndex && a.maxAgeMins == b.maxAgeMins &&
            a.potaPrograms == b.potaPrograms && a.sotaAssociations == b.sotaAssociations &&
-           a.searchText == b.searchText;
+           a.searchText == b.searchText && a.hideWorked == b.hideWorked;
 }

@@ -32,6 +32,7 @@ struct FilterState
     QStringList potaPrograms;
     QStringList sotaAssociations;
     QString searchText; // never saved
+    bool hideWorked = false;
 
     static constexpr std::array<bool, k_bands.size()> allBands()
     {

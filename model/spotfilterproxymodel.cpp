@@ -3,6 +3,7 @@
 #include "model/stationmodel.h"
 
 #include <QTimer>
+#include <utility>
 
 namespace {
 
@@ -116,6 +117,12 @@ void SpotFilterProxyModel::setSourceModel(QAbstractItemModel *model)
     QSortFilterProxyModel::setSourceModel(model);
 }
 
+void SpotFilterProxyModel::setHiddenTest(HiddenTest test)
+{
+    m_hiddenTest = std::move(test);
+    invalidateFilter();
+}
+
 bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
 {
     Q_UNUSED(sourceParent)
@@ -127,6 +134,8 @@ bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
     const StationSpot &spot = model->spots().at(sourceRow);
 
     if (!(spot.frequencyKhz > 0.0))
+        return false;
+    if (m_hiddenTest && m_hiddenTest(spot))
         return false;
     if (spot.comments.contains(QLatin1String("qrt"), Qt::CaseInsensitive))
         return false;

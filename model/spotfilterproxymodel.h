@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <array>
+#include <functional>
 
 class QTimer;
 
@@ -45,6 +46,10 @@ public:
     void setBandFilter(const QSet<QString> &bands);
     void setPotaPrograms(const QSet<QString> &programs);
     void setSotaAssociations(const QSet<QString> &associations);
+    // A further test from outside the model's knowledge (the operator's own
+    // log): spots it answers true for are hidden. Empty: no test.
+    using HiddenTest = std::function<bool(const StationSpot &)>;
+    void setHiddenTest(HiddenTest test);
 
     bool isSourceEnabled(int source) const;
     int statusFilter() const { return m_statusFilter; }
@@ -79,6 +84,7 @@ private:
     QSet<QString> m_potaPrograms;
     QSet<QString> m_sotaAssociations;
     QTimer *m_refilterTimer;
+    HiddenTest m_hiddenTest;
     // The band set in k_bands order, so that the per-row test looks no name up.
     std::array<bool, k_bands.size()> m_bandEnabled{};
 };

@@ -58,6 +58,9 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.wsEnabled = settings.wsEnabled;
     p.wsHost = settings.wsHost;
     p.wsPort = settings.wsPort;
+    p.alertsEnabled = settings.alertsEnabled;
+    p.alertSound = settings.alertSound;
+    p.alertNeededOnly = settings.alertNeededOnly;
     return p;
 }
 
@@ -75,6 +78,9 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.wsEnabled = wsEnabled;
     settings.wsHost = wsHost;
     settings.wsPort = wsPort;
+    settings.alertsEnabled = alertsEnabled;
+    settings.alertSound = alertSound;
+    settings.alertNeededOnly = alertNeededOnly;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
@@ -121,6 +127,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(buildWatchlistGroup(values));
+    layout->addWidget(buildAlertGroup(values));
     layout->addWidget(buildApiGroup(values));
     layout->addWidget(DialogFields::okCancelButtons(this));
 }
@@ -170,6 +177,33 @@ QWidget *PreferencesDialog::buildApiGroup(const Preferences &values)
     return group;
 }
 
+QWidget *PreferencesDialog::buildAlertGroup(const Preferences &values)
+{
+    auto *group = new QGroupBox(QStringLiteral("Alerts"), this);
+    const auto check = [group](const QString &text, const char *objectName, bool on, const QString &tip) {
+        auto *box = new QCheckBox(text, group);
+        box->setObjectName(QLatin1String(objectName));
+        box->setChecked(on);
+        box->setToolTip(tip);
+        return box;
+    };
+    m_alertsEnabled =
+        check(QStringLiteral("Notify me of watched activations"), "alertsEnabledCheck", values.alertsEnabled,
+              QStringLiteral("A desktop notification once per activation of a watched call sign or "
+                             "reference; a click on it selects the spot"));
+    m_alertSound = check(QStringLiteral("With a sound"), "alertSoundCheck", values.alertSound,
+                         QStringLiteral("Ask the notification service to play its message sound"));
+    m_alertNeededOnly = check(
+        QStringLiteral("Only stations I still need on that band"), "alertNeededOnlyCheck",
+        values.alertNeededOnly,
+        QStringLiteral("Skip watched stations already worked on the band, going by your own contact log; "
+                       "with empty watch lists, alert for every reference never worked"));
+    auto *column = new QVBoxLayout(group);
+    for (QCheckBox *box : {m_alertsEnabled, m_alertSound, m_alertNeededOnly})
+        column->addWidget(box);
+    return group;
+}
+
 Preferences PreferencesDialog::preferences() const
 {
     Preferences p;
@@ -185,6 +219,9 @@ Preferences PreferencesDialog::preferences() const
     p.wsEnabled = m_wsEnabled->isChecked();
     p.wsHost = m_wsHost->currentData().toString();
     p.wsPort = static_cast<quint16>(m_wsPort->value());
+    p.alertsEnabled = m_alertsEnabled->isChecked();
+    p.alertSound = m_alertSound->isChecked();
+    p.alertNeededOnly = m_alertNeededOnly->isChecked();
     return p;
 }
 

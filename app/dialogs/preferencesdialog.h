@@ -27,6 +27,9 @@ struct Preferences
     bool wsEnabled = true;
     QString wsHost = QStringLiteral("127.0.0.1");
     quint16 wsPort = 2103;
+    bool alertsEnabled = true;
+    bool alertSound = true;
+    bool alertNeededOnly = false;
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -53,6 +56,7 @@ public:
 private:
     QWidget *buildWatchlistGroup(const Preferences &values);
     QWidget *buildApiGroup(const Preferences &values);
+    QWidget *buildAlertGroup(const Preferences &values);
 
     QLineEdit *m_callsign;
     QLineEdit *m_sotaRef;
@@ -66,4 +70,7 @@ private:
     QCheckBox *m_wsEnabled = nullptr;
     QComboBox *m_wsHost = nullptr;
     QSpinBox *m_wsPort = nullptr;
+    QCheckBox *m_alertsEnabled = nullptr;
+    QCheckBox *m_alertSound = nullptr;
+    QCheckBox *m_alertNeededOnly = nullptr;
 };

@@ -37,6 +37,7 @@ DetailPanel::DetailPanel(QWidget *parent)
     , m_spotter(makeLabel("detailSpotter", this))
     , m_comments(makeLabel("detailComments", this))
     , m_multiop(makeLabel("detailMultiop", this))
+    , m_worked(makeLabel("detailWorked", this))
     , m_radioPanel(new RadioPanel(this))
     , m_tuneButton(makeAction(QStringLiteral("[T]une Radio"), "tuneButton", QString(), this))
     , m_heardButton(makeAction(QStringLiteral("Mark [H]eard"), "heardButton", QString(), this))
@@ -51,7 +52,7 @@ DetailPanel::DetailPanel(QWidget *parent)
 
     auto *layout = new QVBoxLayout(this);
     for (QLabel *label : {m_callsign, m_reference, m_referenceName, m_frequency, m_mode, m_time, m_spotter,
-                          m_comments, m_multiop})
+                          m_comments, m_multiop, m_worked})
         layout->addWidget(label);
     layout->addStretch(1);
 
@@ -85,7 +86,7 @@ void DetailPanel::showSpot(const StationSpot &spot, const QString &multiOp)
 void DetailPanel::clear()
 {
     for (QLabel *label : {m_callsign, m_reference, m_referenceName, m_frequency, m_mode, m_time, m_spotter,
-                          m_comments, m_multiop})
+                          m_comments, m_multiop, m_worked})
         label->clear();
     setActionsEnabled(false);
 }
@@ -94,4 +95,9 @@ void DetailPanel::setActionsEnabled(bool enabled)
 {
     for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton})
         button->setEnabled(enabled);
+}
+
+void DetailPanel::showWorked(const QString &text)
+{
+    m_worked->setText(text);
 }

@@ -23,6 +23,8 @@ public:
     void showSpot(const StationSpot &spot, const QString &multiOp);
     void clear();
     void setActionsEnabled(bool enabled);
+    // What the operator's own log says of the selected spot.
+    void showWorked(const QString &text);
 
     RadioPanel *radioPanel() const { return m_radioPanel; }
     QPushButton *tuneButton() const { return m_tuneButton; }
@@ -40,6 +42,7 @@ private:
     QLabel *m_spotter;
     QLabel *m_comments;
     QLabel *m_multiop;
+    QLabel *m_worked;
     RadioPanel *m_radioPanel;
     QPushButton *m_tuneButton;
     QPushButton *m_heardButton;

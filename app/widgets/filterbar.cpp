@@ -57,6 +57,7 @@ FilterBar::FilterBar(QWidget *parent)
     , m_searchEdit(new QLineEdit(this))
     , m_programsButton(new QPushButton(QStringLiteral("Programs…"), this))
     , m_autoAtuCheck(new QCheckBox(QStringLiteral("Auto ATU"), this))
+    , m_hideWorkedCheck(new QCheckBox(QStringLiteral("Hide worked"), this))
 {
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(4, 2, 4, 2);
@@ -112,6 +113,13 @@ FilterBar::FilterBar(QWidget *parent)
     m_programsButton->setFocusPolicy(Qt::NoFocus);
     bottom->addWidget(m_programsButton);
     connect(m_programsButton, &QPushButton::clicked, this, &FilterBar::programsClicked);
+
+    m_hideWorkedCheck->setObjectName(QStringLiteral("hideWorkedCheck"));
+    m_hideWorkedCheck->setToolTip(QStringLiteral(
+        "Hide spots of references (or, without one, call signs) already in your log on that band"));
+    m_hideWorkedCheck->setFocusPolicy(Qt::NoFocus);
+    bottom->addWidget(m_hideWorkedCheck);
+    connect(m_hideWorkedCheck, &QCheckBox::toggled, this, &FilterBar::hideWorkedChanged);
 
     m_autoAtuCheck->setObjectName(QStringLiteral("autoAtuCheck"));
     m_autoAtuCheck->setToolTip(
@@ -179,6 +187,10 @@ void FilterBar::setState(const FilterState &state)
         const QSignalBlocker blocker(m_searchEdit);
         m_searchEdit->setText(state.searchText);
     }
+    {
+        const QSignalBlocker blocker(m_hideWorkedCheck);
+        m_hideWorkedCheck->setChecked(state.hideWorked);
+    }
     setProgramFilterActive(state.hasProgramFilter());
 }
 
@@ -192,4 +204,5 @@ void FilterBar::updateState(FilterState &state) const
         state.bands[size_t(i)] = m_bandButtons.at(i)->isChecked();
     state.statusIndex = qMax(0, m_statusCombo->currentIndex());
     state.searchText = m_searchEdit->text();
+    state.hideWorked = m_hideWorkedCheck->isChecked();
 }

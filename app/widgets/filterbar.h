@@ -57,6 +57,7 @@ signals:
     void statusChanged(int index);
     void searchTextChanged(const QString &text);
     void programsClicked();
+    void hideWorkedChanged();
 
 private:
     QList<QPushButton *> m_sourceButtons; // by StationSpot::Source
@@ -66,4 +67,5 @@ private:
     QLineEdit *m_searchEdit;
     QPushButton *m_programsButton;
     QCheckBox *m_autoAtuCheck;
+    QCheckBox *m_hideWorkedCheck;
 };

@@ -90,7 +90,6 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadJsonSettings();
     m_worked.reload();
     applyHideWorked();
-    m_alerts->applySettings(m_settings);
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
     connect(m_table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
@@ -620,17 +619,8 @@ void MainWindow::onPreferences()
     const AppSettings &s = m_settings;
     m_filter.maxAgeMins = s.maxAgeMins;
     m_filter.applyTo(*m_proxy);
-    m_labels.showCallsign(s.callsign);
+    applyPreferences();
     m_ingestor->applySourceChoice(m_filter, s.refreshIntervalSecs);
-    if (s.hasUserLocation)
-        m_model->setUserLocation(s.latitude, s.longitude);
-    else
-        m_model->clearUserLocation();
-    m_table->showDistanceColumns(s.hasUserLocation);
-    m_coords->setLookupsEnabled(s.hasUserLocation);
-    m_model->setWatchCallsigns(s.watchCallsigns);
-    m_model->setWatchReferences(s.watchReferences);
-    m_alerts->applySettings(s);
     for (DxClusterFetcher *dx : m_dxClusters.clients())
         dx->setCallsign(s.callsign);
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
@@ -711,7 +701,7 @@ void MainWindow::loadJsonSettings()
     m_settings = SettingsFile(settingsFilePath()).load();
     m_filter = m_settings.filterState();
     m_radio->setRigConfig(m_settings.rig);
-    m_coords->setLookupsEnabled(m_settings.hasUserLocation);
+    applyPreferences();
     if (m_settings.fileExisted)
         applySettingsToWidgets();
     else
@@ -719,14 +709,26 @@ void MainWindow::loadJsonSettings()
     m_loadingSettings = false;
 }
 
-void MainWindow::applySettingsToWidgets()
+void MainWindow::applyPreferences()
 {
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
-    m_filterBar->setState(m_filter);
-    m_filter.applyTo(*m_proxy);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
+    m_alerts->applySettings(s);
+    if (s.hasUserLocation)
+        m_model->setUserLocation(s.latitude, s.longitude);
+    else
+        m_model->clearUserLocation();
+    m_table->showDistanceColumns(s.hasUserLocation);
+    m_coords->setLookupsEnabled(s.hasUserLocation);
+}
+
+void MainWindow::applySettingsToWidgets()
+{
+    const AppSettings &s = m_settings;
+    m_filterBar->setState(m_filter);
+    m_filter.applyTo(*m_proxy);
     updateSpotCounts();
     m_table->sortByColumn(s.sortColumn, s.sortOrder);
     if (s.windowGeometry.isEmpty() || !restoreGeometry(s.windowGeometry))
@@ -735,9 +737,6 @@ void MainWindow::applySettingsToWidgets()
         restoreState(s.windowState, 0);
     if (!s.splitterState.isEmpty())
         m_splitter->restoreState(s.splitterState);
-    if (s.hasUserLocation)
-        m_model->setUserLocation(s.latitude, s.longitude);
-    m_table->showDistanceColumns(s.hasUserLocation);
     m_filterBar->autoAtuCheck()->setChecked(s.autoAtu);
 }
 

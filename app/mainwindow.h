@@ -157,6 +157,8 @@ private:
     void loadCoordCache();
     void loadJsonSettings();
     void applySettingsToWidgets();
+    // What the preferences hold, on the model, labels, table and helpers.
+    void applyPreferences();
     void applyPersistedStatuses() { m_statusStore.applyTo(*m_model); }
     // Spots of the last session, shown at once until each source answers.
     void loadSpotSnapshot();

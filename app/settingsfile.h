@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/filterstate.h"
+#include "model/stationmodel.h"
 #include "radio/rigtypes.h"
 #include "sources/dxclusterpool.h"
 
@@ -17,10 +18,10 @@
 // record is exactly what a missing or unusable file loads as.
 struct AppSettings
 {
-    static constexpr int k_sourceCount = 7;       // StationSpot::Source order
-    static constexpr int k_modeCount = 5;         // SSB, CW, AM, FM, Other
-    static constexpr int k_statusFilterCount = 5; // Active, All, Heard, Contacted, Not Heard
-    static constexpr int k_lastSortColumn = 9;
+    static constexpr int k_sourceCount = FilterState::k_sourceCount; // StationSpot::Source order
+    static constexpr int k_modeCount = FilterState::k_modeCount;     // SSB, CW, AM, FM, Other
+    static constexpr int k_statusFilterCount = int(FilterState::k_statusValues.size());
+    static constexpr int k_lastSortColumn = StationModel::ColumnCount - 1;
 
     // Taken when the file names no usable cluster, so the DX feed always has somewhere to go.
     static DxClusterEntry defaultDxCluster();
@@ -31,8 +32,8 @@ struct AppSettings
 
     QString callsign;
     QString sotaRef;
-    int maxAgeMins = 30;          // 1..720
-    int refreshIntervalSecs = 60; // 60..3600
+    int maxAgeMins = SpotFilterProxyModel::k_defaultMaxAgeMins; // 1..720
+    int refreshIntervalSecs = 60;                               // 60..3600
     bool hasUserLocation = false;
     double latitude = 0.0;  // -90..90, only read back when hasUserLocation
     double longitude = 0.0; // -180..180, likewise

@@ -25,7 +25,7 @@ class SpotIngestor final : public QObject
 
 public:
     using Clock = std::function<QDateTime()>;
-    static constexpr int k_sourceCount = 7;
+    static constexpr int k_sourceCount = StationSpot::k_sourceCount;
 
     explicit SpotIngestor(StationModel *model, QObject *parent = nullptr);
     ~SpotIngestor() override;

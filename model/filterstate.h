@@ -1,6 +1,8 @@
 #pragma once
 
 #include "model/bands.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationspot.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -8,27 +10,26 @@
 
 #include <array>
 
-class SpotFilterProxyModel;
-
 // Every choice of the filter bar as one value: the window keeps one, the
 // filter bar shows it, the settings file and the API read and write it, and
 // it applies itself to the proxy.
 struct FilterState
 {
-    static constexpr int k_sourceCount = 7; // indexed by StationSpot::Source
-    static constexpr int k_modeCount = 5;   // SSB, CW, AM, FM, Other
+    static constexpr int k_sourceCount = StationSpot::k_sourceCount;
+    static constexpr int k_modeCount = SpotFilterProxyModel::k_modeClassCount;
     // The status choice has three forms: its index in the bar's list (what
     // the settings store), and the value the proxy and the API use.
-    static constexpr std::array<int, 5> k_statusValues{{-2, -1, 1, 2, 3}};
-    // DX clusters are opt-in: connecting logs into somebody else's node.
-    static constexpr std::array<bool, k_sourceCount> k_defaultSources{
-        {true, true, true, true, true, false, true}};
+    static constexpr std::array<int, 5> k_statusValues{{SpotFilterProxyModel::k_statusActive,
+                                                        SpotFilterProxyModel::k_statusAll, StationSpot::Heard,
+                                                        StationSpot::Contacted, StationSpot::NotHeard}};
+    static constexpr std::array<bool, k_sourceCount> k_defaultSources =
+        SpotFilterProxyModel::k_defaultSourceEnabled;
 
     std::array<bool, k_sourceCount> sources = k_defaultSources;
     std::array<bool, k_modeCount> modes{{true, true, true, true, true}};
     std::array<bool, k_bands.size()> bands = allBands(); // in k_bands order
     int statusIndex = 0;
-    int maxAgeMins = 30;
+    int maxAgeMins = SpotFilterProxyModel::k_defaultMaxAgeMins;
     QStringList potaPrograms;
     QStringList sotaAssociations;
     QString searchText; // never saved

@@ -20,6 +20,8 @@ private slots:
         QVERIFY(m_proxy->isSourceEnabled(S::k_sourceCount)); // a source it does not know passes
         m_proxy->setSourceFilter(true, false, true, true, false, true, true);
         QCOMPARE(shown(), QLatin1String("DL1X"));
+        m_proxy->setHiddenTest([](const S &s) { return s.callsign == QLatin1String("DL1X"); });
+        QCOMPARE(shown(), QString());
     }
 
     void modeClasses()

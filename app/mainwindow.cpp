@@ -114,6 +114,8 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     m_radioView->setApiServer(m_wsServer);
     startApiServer();
     startBridge();
+    // The operator's keys belong to the table from the start, not to the search field.
+    m_table->setFocus(Qt::OtherFocusReason);
 }
 
 MainWindow::~MainWindow()
@@ -122,6 +124,8 @@ MainWindow::~MainWindow()
     m_reconnectTimer->stop();
     m_rigThread->quit();
     m_rigThread->wait(3000);
+    // Its shutdown reports a disconnection that nobody is left to show.
+    m_rig->disconnect();
     delete m_rig;
     m_rig = nullptr;
 }
@@ -143,7 +147,8 @@ void MainWindow::loadSpotSnapshot()
         seen += spots;
     }
     applyPersistedStatuses();
-    updateSpotCounts();
+    if (!seen.isEmpty())
+        updateSpotCounts();
     m_alerts->seed(seen);
     // Kept fresh so that a crash loses at most two minutes of the table.
     m_snapshotTimer->setObjectName(QStringLiteral("spotSnapshotTimer"));

@@ -143,7 +143,10 @@ void copyPath(char (&target)[HAMLIB_FILPATHLEN], const QByteArray &path)
 void configurePorts(RIG *rig, const RigConfig &config)
 {
     hamlib_port_t &port = rig->state.rigport;
-    copyPath(port.pathname, config.port.toLocal8Bit());
+    // A rig without a port (the dummy) refuses any path as an invalid
+    // configuration, yet the settings need some text to connect at start.
+    if (rig->caps->port_type != RIG_PORT_NONE)
+        copyPath(port.pathname, config.port.toLocal8Bit());
     port.timeout = k_portTimeoutMs;
     port.parm.serial.rate = config.baudRate;
     port.parm.serial.data_bits = config.dataBits;

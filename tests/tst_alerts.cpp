@@ -4,6 +4,7 @@
 #include "support/notificationstandin.h"
 #include "support/testmain.h"
 
+#include <QFile>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -33,6 +34,32 @@ QStringList words(const QString &text)
     return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
+QByteArray logLine(const char *call, const char *ref, double khz, const char *mode, const char *stamp)
+{
+    return QStringLiteral(R"({"callsign":"%1","comments":"","frequency_khz":%2,"grid":"","location":"",)"
+                          R"("mode":"%3","my_callsign":"G4ABC","reference":"%4","reference_name":"",)"
+                          R"("source":"POTA","spot_time":"","spotter":"","timestamp":"%5"})")
+        .arg(QLatin1String(call))
+        .arg(khz)
+        .arg(QLatin1String(mode), QLatin1String(ref), QLatin1String(stamp))
+        .toUtf8();
+}
+
+// Escapes and accents, which the log writer may produce and the fast reader leaves to the full parser.
+// (A plain literal: moc misreads raw strings that hold escapes.)
+const char k_escapedLine[] =
+    "{\"callsign\":\"VE2\\u0058YZ\",\"comments\":\"\\\"73\\\"\",\"frequency_khz\":1.4062e4,"
+    "\"mode\":\"CW\",\"reference\":\"VE-0001\",\"reference_name\":\"Mont-Mégantic\","
+    "\"timestamp\":\"2026-11-16T10:00:00Z\"}";
+
+void writeFile(const QString &path, const QList<QByteArray> &lines)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (const QByteArray &line : lines)
+        file.write(line + '\n');
+}
+
 } // namespace
 
 class TestAlerts : public QObject
@@ -41,9 +68,28 @@ class TestAlerts : public QObject
 
     TestBus m_bus;
     QTemporaryDir m_logDir;
+    QTemporaryDir m_workedDir;
 
 private slots:
-    void initTestCase() { QVERIFY2(!m_bus.address().isEmpty(), "dbus-daemon did not start"); }
+    void initTestCase()
+    {
+        QVERIFY2(!m_bus.address().isEmpty(), "dbus-daemon did not start");
+        // The worked index's logs: three days, several bands and sources, lines that must not count.
+        writeFile(m_workedDir.filePath(QStringLiteral("contacts-pota-2026-11-14.jsonl")),
+                  {logLine("K1ABC", "US-1234", 14062.7, "SSB", "2026-11-15T10:00:00Z"),
+                   logLine("K1ABC", "US-1234", 14061.0, "CW", "2026-11-14T09:00:00Z"), "{not json", "",
+                   logLine("", "US-4444", 14062.0, "CW", "2026-11-14T09:00:00Z"),
+                   logLine("W1AW", "US-5555", 7030.0, "", "2026-11-14T09:05:00Z")});
+        writeFile(m_workedDir.filePath(QStringLiteral("contacts-dx-2026-11-16.jsonl")),
+                  {logLine("DL1ABC", "", 7010.0, "SSB", "2026-11-15T08:00:00Z"),
+                   logLine("DL1ABC", "", 7025.0, "CW", "2026-11-16T21:30:00Z"),
+                   logLine("DL2XYZ", "", 7025.0, "CW", "yesterday"),
+                   R"({"callsign":"F5AB","frequency_khz":"7025","timestamp":"2026-11-16T21:30:00Z"})",
+                   R"({"callsign":"F5AB","frequency_khz":07025,"timestamp":"2026-11-16T21:30:00Z"})",
+                   logLine("F5AB", "", 7025.0, "CW", "2026-11-16T21:30:00Z") + " and more", k_escapedLine});
+        writeFile(m_workedDir.filePath(QStringLiteral("notes.jsonl")),
+                  {logLine("EA1AA", "EA-0001", 14062.0, "CW", "2026-11-16T21:30:00Z")});
+    }
 
     // script: polls split by ";", each a list of spots split by ","; a poll
     // starting "+N" comes N minutes after the last (otherwise 1), "seed" is
@@ -121,6 +167,47 @@ private slots:
         QCOMPARE(activations, expected);
     }
 
+    void workedFromLogs_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("ref");
+        QTest::addColumn<double>("khz");
+        QTest::addColumn<QString>("detail");
+        auto row = [](const char *name, const char *call, const char *ref, double khz, const char *detail) {
+            QTest::newRow(name) << QString::fromLatin1(call) << QString::fromLatin1(ref) << khz
+                                << QString::fromUtf8(detail);
+        };
+        row("latest on the band", "N0NE", "US-1234", 14250.0, "Worked before: 2026-11-15 on 20m SSB");
+        row("reference in any case", "N0NE", "us-1234", 14250.0, "Worked before: 2026-11-15 on 20m SSB");
+        row("other band", "K1ABC", "US-1234", 7032.0, "New band");
+        row("call worked elsewhere", "K1ABC", "US-9999", 14062.0, "Not worked before");
+        row("no mode logged", "W1AW", "US-5555", 7001.0, "Worked before: 2026-11-14 on 40m");
+        row("cluster call", "DL1ABC", "", 7010.0, "Worked before: 2026-11-16 on 40m CW");
+        row("cluster call, other band", "DL1ABC", "", 14025.0, "New band");
+        row("escapes and accents", "VE2XYZ", "VE-0001", 14100.0, "Worked before: 2026-11-16 on 20m CW");
+        row("bad time stamp", "DL2XYZ", "", 7025.0, "Not worked before");
+        row("not a contact log", "EA1AA", "EA-0001", 14062.0, "Not worked before");
+    }
+
+    void workedFromLogs()
+    {
+        QFETCH(QString, call);
+        QFETCH(QString, ref);
+        QFETCH(double, khz);
+        QFETCH(QString, detail);
+        WorkedIndex index(m_workedDir.path());
+        index.reload();
+        StationSpot spot;
+        spot.callsign = call;
+        spot.reference = ref;
+        spot.frequencyKhz = khz;
+        QCOMPARE(index.detailText(spot), detail);
+        // "Hide worked" hides exactly what was worked on the spot's band.
+        QCOMPARE(index.isWorkedOnBand(spot), detail.startsWith(QLatin1String("Worked before")));
+        QCOMPARE(index.contactCount(), 6);
+        QCOMPARE(index.malformedLineCount(), 6);
+    }
+
     // A cluster flood: a hundred watched stations in one second.
     void floodIsRateLimited()
     {
@@ -152,22 +239,13 @@ private slots:
         QVERIFY(!timer->isActive());
     }
 
-    void notifyAndClick_data()
-    {
-        QTest::addColumn<bool>("sound");
-        QTest::newRow("with sound") << true;
-        QTest::newRow("silent") << false;
-    }
-
     // Policy and notifier wired as in the window: polls of two sources give one
     // notification per activation, and a click on it names its spot.
     void notifyAndClick()
     {
-        QFETCH(bool, sound);
         NotificationStandIn service(m_bus.connect(QStringLiteral("service")));
         QVERIFY(service.isRegistered());
         DesktopNotifier notifier(m_bus.connect(QStringLiteral("app")));
-        notifier.setSoundEnabled(sound);
         QSignalSpy activated(&notifier, &DesktopNotifier::spotActivated);
         QSignalSpy fallback(&notifier, &DesktopNotifier::fallbackRequested);
         AlertPolicy policy;
@@ -179,6 +257,7 @@ private slots:
                                  "SOTA W1AW W4C/CM-001 7032", "SOTA N1XX W4C/CM-001 7032"}) {
             StationSpot spot = parseSpot(QString::fromLatin1(text), now += k_minute);
             spot.referenceName = QStringLiteral("Bear & Fox Peak");
+            notifier.setSoundEnabled(spot.callsign == QLatin1String("W1AW"));
             policy.processBatch({spot});
         }
         // The last is news: its notification comes second, with none between.
@@ -188,8 +267,9 @@ private slots:
         QCOMPARE(call.body, QStringLiteral("Bear &amp; Fox Peak\n14062.700 kHz CW"));
         QVERIFY(call.actions.contains(QStringLiteral("default")));
         QCOMPARE(call.hints.value(QStringLiteral("sound-name")).toString(),
-                 sound ? QStringLiteral("message-new-instant") : QString());
+                 QStringLiteral("message-new-instant"));
         QCOMPARE(service.calls()[1].summary, QStringLiteral("N1XX at W4C/CM-001"));
+        QVERIFY(!service.calls()[1].hints.contains(QStringLiteral("sound-name"))); // sound switched off
 
         service.invokeAction(7, QStringLiteral("default")); // someone else's notification
         service.invokeAction(1, QStringLiteral("default"));

@@ -1,4 +1,5 @@
 #include "app/coordinatecache.h"
+#include "app/updatechecker.h"
 #include "support/httptestserver.h"
 #include "support/testmain.h"
 
@@ -9,12 +10,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QSignalSpy>
 
 namespace {
 
 const qint64 k_now = QDateTime(QDate(2026, 4, 20), QTime(12, 0), Qt::UTC).toMSecsSinceEpoch();
 constexpr qint64 k_day = 24 * 3600 * 1000;
+constexpr qint64 k_ownBuildTime = 1776702779;
 
 StationSpot spot(StationSpot::Source source, const QString &reference, bool hasLocation = false)
 {
@@ -60,6 +63,8 @@ QHash<QString, QString> savedTimesInFile()
 
 } // namespace
 
+// The program's look-ups beyond the spot sources: reference positions, kept in a
+// cache file, and the new-version check.
 class TestCoordinateCache final : public QObject
 {
     Q_OBJECT
@@ -74,10 +79,13 @@ private slots:
         m_cache->setServiceUrls(m_server->url(), m_server->url());
         m_cache->setClock([] { return k_now; });
         m_cache->setLookupsEnabled(true);
+        m_checker = new UpdateChecker(&m_network, this);
+        m_checker->setOwnBuildTime(k_ownBuildTime);
     }
     void cleanup()
     {
         delete m_cache;
+        delete m_checker;
         delete m_server;
     }
 
@@ -111,7 +119,6 @@ private slots:
         row("number and text", R"({"latitude":47.5,"longitude":"-122.3"})", 0, 0);
         row("text not a number", R"({"latitude":"47.5","longitude":"west"})", 0, 0);
         row("zero zero", R"({"latitude":0,"longitude":0})", 0, 0);
-        row("not an object", "[1,2]", 0, 0);
         row("http error", R"({"latitude":1,"longitude":2})", 0, 0, 500);
         QTest::newRow("summit") << int(StationSpot::SOTA) << QStringLiteral("W4C/CM-001")
                                 << QByteArray("/api/summits/W4C/CM-001")
@@ -160,7 +167,8 @@ private slots:
         const QString fresh = isoAt(k_now - 29 * k_day);
         writeCacheFile({entry(QStringLiteral("US-0029"), 40.0, -75.0, fresh),
                         entry(QStringLiteral("US-0031"), 41.0, -76.0, isoAt(k_now - 31 * k_day)),
-                        entry(QStringLiteral("US-0000"), 0.0, 0.0, fresh)});
+                        entry(QStringLiteral("US-0000"), 0.0, 0.0, fresh),
+                        entry(QStringLiteral("US-0095"), 95.0, 10.0, fresh)});
         m_server->setRoute("/park/US-0031", R"({"latitude":41.5,"longitude":-76.5})");
         m_cache->load();
         QCOMPARE(m_cache->size(), 1);
@@ -198,10 +206,68 @@ private slots:
         QCOMPARE(located.at(0).at(0).toString(), QStringLiteral("KFF-0001"));
     }
 
+    void updateCheck_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("announced"); // empty: no bar
+        QTest::newRow("equal") << QByteArray("1776702779") << 200 << QString();
+        QTest::newRow("one second later, padded") << QByteArray(" 1776702780\n") << 200 << "1776702780";
+        QTest::newRow("older") << QByteArray("1776702778") << 200 << QString();
+        QTest::newRow("letters") << QByteArray("soon") << 200 << QString();
+        QTest::newRow("digits then text") << QByteArray("1776702780 UTC") << 200 << QString();
+        QTest::newRow("error page") << QByteArray("<html>Not Found</html>") << 404 << QString();
+    }
+    void updateCheck()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(int, status);
+        QFETCH(QString, announced);
+        m_server->setRoute("/tallis-build-time", body, status, "text/plain");
+        m_checker->setUrl(QUrl(m_server->url().toString() + QStringLiteral("/tallis-build-time")));
+        QSignalSpy available(m_checker, &UpdateChecker::updateAvailable);
+        QSignalSpy received(m_server, &HttpTestServer::requestReceived);
+
+        m_checker->checkForUpdates();
+        QVERIFY(received.wait());
+        // The reply is deleted once handled; waiting for that proves the answer was read.
+        QTRY_VERIFY(m_network.findChildren<QNetworkReply *>().isEmpty());
+        if (announced.isEmpty()) {
+            QCOMPARE(available.count(), 0);
+        } else {
+            QCOMPARE(available.count(), 1);
+            QCOMPARE(available.at(0).at(0).toString(), announced);
+        }
+    }
+
+    void secondUpdateCheckAbandonsTheFirst()
+    {
+        m_server->setRoute("/first", "1776702790");
+        m_server->setRoute("/second", "1776702800");
+        m_server->setHoldReplies(true);
+        QSignalSpy available(m_checker, &UpdateChecker::updateAvailable);
+        QSignalSpy received(m_server, &HttpTestServer::requestReceived);
+
+        m_checker->setUrl(QUrl(m_server->url().toString() + QStringLiteral("/first")));
+        m_checker->checkForUpdates();
+        QVERIFY(received.wait());
+        m_checker->setUrl(QUrl(m_server->url().toString() + QStringLiteral("/second")));
+        m_checker->checkForUpdates();
+        QTRY_COMPARE(received.count(), 2);
+        m_server->releaseHeld();
+
+        QVERIFY(available.wait());
+        QCOMPARE(available.count(), 1);
+        QCOMPARE(available.at(0).at(0).toString(), QStringLiteral("1776702800"));
+        QTRY_VERIFY(m_network.findChildren<QNetworkReply *>().isEmpty());
+        QCOMPARE(available.count(), 1);
+    }
+
 private:
     QNetworkAccessManager m_network;
     HttpTestServer *m_server = nullptr;
     CoordinateCache *m_cache = nullptr;
+    UpdateChecker *m_checker = nullptr;
 };
 
 TALLIS_TEST_MAIN(TestCoordinateCache)

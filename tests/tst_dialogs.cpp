@@ -3,7 +3,9 @@
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
+#include "app/widgets/radiopanel.h"
 #include "radio/hamlibcontroller.h"
+#include "radio/hamliblink.h"
 #include "support/rigctldprocess.h"
 #include "support/testmain.h"
 
@@ -16,8 +18,9 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSignalSpy>
+#include <QSlider>
 #include <QSpinBox>
-#include <QThread>
 
 namespace {
 
@@ -51,27 +54,6 @@ QVariantList rigValues(const RigConfig &c)
 {
     return {c.rigModel, c.port,      c.baudRate, c.dataBits, c.stopBits,
             c.parity,   c.handshake, c.dtrState, c.rtsState, c.pttType};
-}
-
-// What the program does: each call queued to the controller's thread, waiting for its answer.
-template <typename Call>
-auto onRigThread(HamlibController *rig, Call call)
-{
-    decltype(call()) result{};
-    QMetaObject::invokeMethod(rig, call, Qt::BlockingQueuedConnection, &result);
-    return result;
-}
-
-RigSetupCalls blockingCalls(HamlibController *rig)
-{
-    return {[rig] { return rig->isConnected(); },
-            [rig](const RigConfig &c) { return onRigThread(rig, [rig, c] { return rig->connectRig(c); }); },
-            [rig] {
-                QMetaObject::invokeMethod(rig, &HamlibController::disconnectRig,
-                                          Qt::BlockingQueuedConnection);
-            },
-            [rig] { return onRigThread(rig, [rig] { return rig->getFrequency(); }); },
-            [rig] { return onRigThread(rig, [rig] { return rig->getMode(); }); }};
 }
 
 } // namespace
@@ -139,26 +121,20 @@ private slots:
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
-        auto *rig = new HamlibController;
-        const QStringList models = rig->availableRigs();
-        QThread thread;
-        rig->moveToThread(&thread);
-        thread.start();
+        HamlibController rig;
+        HamlibLink link(&rig);
         const RigConfig config = daemon.rigConfig();
-        RadioSetupDialog dialog(config, models, {}, blockingCalls(rig));
+        RadioSetupDialog dialog(config, rig.availableRigs(), {}, RigSetupCalls::through(link));
         auto *status = field<QLabel>(dialog, "radioStatusDlg");
         auto *result = field<QLabel>(dialog, "radioTestLabel");
         QCOMPARE(status->text(), QStringLiteral("○ Not connected"));
 
         clickButton(dialog, QStringLiteral("Connect"));
         QCOMPARE(status->text(), QStringLiteral("● Connected"));
-        QVERIFY(onRigThread(rig, [rig] { return rig->tune(14074.0, QStringLiteral("USB")); }));
-        clickButton(dialog, QStringLiteral("Test Connection"));
-        QCOMPARE(result->text(), QStringLiteral("✔ OK — 14.074 MHz  USB"));
+        QVERIFY(rig.tune(14074.0, QStringLiteral("USB")));
         clickButton(dialog, QStringLiteral("Disconnect"));
         QCOMPARE(status->text(), QStringLiteral("○ Not connected"));
-        QVERIFY(!rig->isConnected());
-        result->clear();
+        QVERIFY(!rig.isConnected());
         clickButton(dialog, QStringLiteral("Test Connection")); // connects first
         QCOMPARE(status->text(), QStringLiteral("● Connected"));
         QCOMPARE(result->text(), QStringLiteral("✔ OK — 14.074 MHz  USB"));
@@ -171,10 +147,6 @@ private slots:
         QCOMPARE(result->text(), QStringLiteral("✘ Connection failed"));
         clickOk(dialog);
         QCOMPARE(rigValues(dialog.rigConfig()), rigValues(config));
-
-        thread.quit();
-        thread.wait();
-        delete rig;
     }
 
     void radioSetupFields_data()
@@ -265,6 +237,62 @@ private slots:
         QVERIFY(dialog.settings().enabled);
         field<QLineEdit>(dialog, "lwHostEdit")->clear();
         QCOMPARE(dialog.settings().host, QStringLiteral("127.0.0.1"));
+    }
+
+    void radioPanelCapabilitiesAndState()
+    {
+        RadioPanel panel;
+        QCheckBox autoAtu;
+        autoAtu.setChecked(true);
+        panel.attachAutoAtuCheck(&autoAtu);
+        QSignalSpy autoAtuSpy(&panel, &RadioPanel::autoAtuToggled);
+        // Everything but the AF level and full break-in.
+        RadioCaps caps;
+        caps.hasRfPower = caps.hasMute = caps.hasFilter = caps.hasBreakIn = caps.hasBreakInSemi = true;
+        caps.hasKeySpeed = caps.hasTune = true;
+        panel.applyCapabilities(caps);
+        QVERIFY(!panel.volumeSlider()->isEnabled() && !panel.breakInButton(2)->isEnabled());
+        QVERIFY(autoAtu.isChecked() && autoAtu.isEnabled() && panel.canTune());
+
+        // The rig's state shows without echoing back to it.
+        QSignalSpy volume(&panel, &RadioPanel::volumeChanged);
+        QSignalSpy power(&panel, &RadioPanel::rfPowerChanged);
+        QSignalSpy speed(&panel, &RadioPanel::keySpeedChanged);
+        panel.applyState({40, 55, 0, 28, 1, true}); // volume, power, filter, wpm, break-in, muted
+        QCOMPARE(panel.volumeLabel()->text(), QStringLiteral(" --"));
+        QCOMPARE(panel.rfPowerLabel()->text(), QStringLiteral("55%"));
+        QVERIFY(panel.filterButton(0)->isChecked() && !panel.filterButton(1)->isChecked());
+        QVERIFY(panel.breakInButton(1)->isChecked() && !panel.breakInButton(0)->isChecked());
+        QVERIFY(panel.muteButton()->isChecked());
+        QCOMPARE(panel.keySpeedSpin()->text(), QStringLiteral("28 wpm"));
+        QCOMPARE(volume.count() + power.count() + speed.count(), 0);
+
+        // A rig with nothing: every mark of the old one is cleared.
+        panel.applyCapabilities(RadioCaps());
+        QCOMPARE(panel.rfPowerLabel()->text(), QStringLiteral(" --"));
+        QVERIFY(!panel.muteButton()->isChecked() && !panel.filterButton(0)->isChecked());
+        QVERIFY(!panel.breakInButton(1)->isChecked());
+        QVERIFY(!autoAtu.isChecked() && !autoAtu.isEnabled() && !panel.canTune());
+        QCOMPARE(autoAtuSpy.count(), 1);
+    }
+
+    void radioPanelChoicesActLikeRadioGroups()
+    {
+        RadioPanel panel;
+        RadioCaps caps;
+        caps.hasFilter = caps.hasBreakIn = caps.hasBreakInSemi = caps.hasBreakInFull = caps.hasVolume = true;
+        panel.applyCapabilities(caps);
+        QSignalSpy filterSpy(&panel, &RadioPanel::filterChosen);
+        QSignalSpy volumeSpy(&panel, &RadioPanel::volumeChanged);
+        panel.filterButton(1)->click();
+        panel.filterButton(2)->click();
+        panel.filterButton(2)->click(); // pressing the chosen one keeps it chosen
+        QVERIFY(!panel.filterButton(1)->isChecked() && panel.filterButton(2)->isChecked());
+        QCOMPARE(filterSpy.count(), 3);
+        QCOMPARE(filterSpy.last().at(0).toInt(), 2);
+        panel.volumeSlider()->triggerAction(QSlider::SliderPageStepAdd);
+        QCOMPARE(volumeSpy.count(), 1);
+        QCOMPARE(panel.volumeLabel()->text(), QStringLiteral("%1%").arg(panel.volumeSlider()->value()));
     }
 };
 

@@ -1,45 +1,42 @@
 #include "app/mainwindow.h"
+#include "app/tallisdir.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
 #include "sources/potaspotfetcher.h"
-#include "sources/sotaspotfetcher.h"
-#include "sources/spotfetcher.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
 
+#include <QApplication>
 #include <QComboBox>
-#include <QItemSelectionModel>
+#include <QDialog>
+#include <QFile>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
 
-#include <memory>
-
 using namespace WindowFixture;
 
 // The window with its sources pointed at a local server: spots flow in,
-// counts and messages follow, filters and toggles act.
+// counts and messages follow, the operator's keys and marks act.
 class TestMainWindow final : public WindowTest
 {
     Q_OBJECT
 
-private:
-    static QString selectedCallsign(MainWindow &w)
-    {
-        const QModelIndexList rows = table(w)->selectionModel()->selectedRows(1);
-        return rows.isEmpty() ? QString() : rows.first().data().toString();
-    }
-
 private slots:
     void frameAndStatusBar()
     {
+        m_server->setRoute("/api/spots/gma/", "down for maintenance", 500, "text/plain");
         MainWindow w(services());
+        QStringList messages;
+        connect(w.statusBar(), &QStatusBar::messageChanged, &w,
+                [&messages](const QString &m) { messages << m; });
         QVERIFY(w.windowTitle().startsWith(QStringLiteral("Tallis — ")));
         QCOMPARE(w.minimumSize(), QSize(960, 600));
         QCOMPARE(labelText(w, "statusRadio"), QStringLiteral("Radio unconfigured — consult the settings"));
@@ -55,13 +52,15 @@ private slots:
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
         // Every web source but the inert BOTA slot asks at once; SOTA asks for its epoch first.
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(!messages.filter(QStringLiteral("The oracles have failed us: ")).isEmpty(),
+                                 5000);
         QVERIFY(rig(w)->thread() != w.thread());
         QCOMPARE(timer(w, "radioPollTimer")->interval(), 500);
         QCOMPARE(timer(w, "rigReconnectTimer")->interval(), 15000);
         QVERIFY(!timer(w, "rigReconnectTimer")->isActive()); // no rig port configured
     }
 
-    void batchesReachTheTableWithSourceCounts()
+    void batchesReachTheTableAndSourcesToggle()
     {
         QJsonArray spots;
         for (int i = 0; i < 35; ++i)
@@ -71,210 +70,157 @@ private slots:
         for (int i = 0; i < 5; ++i)
             spots.append(potaSpot(QStringLiteral("K%1ABC").arg(i), QStringLiteral("US-%1").arg(1000 + i),
                                   7030.0, 1200));
-        QCOMPARE(spots.size(), 40);
         m_server->setRoute("/spot/", toBody(spots));
 
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSpots"),
                                   QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"), 5000);
-        QCOMPARE(model(w)->rowCount(), 35);
         QCOMPARE(table(w)->model()->rowCount(), 35);
+        QTRY_VERIFY_WITH_TIMEOUT(QRegularExpression(QStringLiteral("^Last refresh: \\d\\d:\\d\\d:\\d\\d$"))
+                                     .match(labelText(w, "statusRefresh"))
+                                     .hasMatch(),
+                                 5000);
 
-        // An empty batch later keeps the count of the last non-empty one.
-        m_server->setRoute("/spot/", "[]");
-        w.onRefreshAll();
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/spot/"), 2, 5000);
-        QTest::qWait(50);
-        QVERIFY(labelText(w, "statusSpots").contains(QStringLiteral("P:40")));
-
-        // Hiding POTA hides its rows but keeps them in the model.
+        // Unticking POTA hides its rows, stops its fetching and is saved.
+        auto *pota = w.findChild<PotaSpotFetcher *>();
+        QVERIFY(pota->isAutoRefreshing());
         button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QCOMPARE(labelText(w, "statusSpots"),
                  QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"));
-    }
-
-    void refreshLabelWaitsForTheLastAnswer()
-    {
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K1ABC"), QStringLiteral("US-1"), 14062, 60)}));
-        m_server->setRoute("/api/spots/gma/", "down for maintenance", 500, "text/plain");
-        m_server->setHoldReplies(true);
-        MainWindow w(services());
-        const QString initial = labelText(w, "statusRefresh");
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 5, 5000);
-
-        m_server->releaseHeld("/api/spots/epoch"); // no epoch served: SOTA falls back to its list
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/api/spots/-72"), 1, 5000);
-        m_server->releaseHeld("/spot/");
-        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 1, 5000);
-        QCOMPARE(labelText(w, "statusRefresh"), initial);
-
-        for (const QByteArray &path :
-             {QByteArray("/api/spots/-72"), QByteArray("/static/spots.json"), QByteArray("/spots/")})
-            m_server->releaseHeld(path);
-        QTest::qWait(100);
-        QCOMPARE(labelText(w, "statusRefresh"), initial);
-
-        // The last answer is an error: it is reported but does not move the label.
-        m_server->releaseHeld("/api/spots/gma/");
-        QTRY_VERIFY_WITH_TIMEOUT(
-            w.statusBar()->currentMessage().startsWith(QStringLiteral("The oracles have failed us: ")), 5000);
-        QCOMPARE(labelText(w, "statusRefresh"), initial);
-
-        // Once everything answers with spots, the label shows the time.
-        m_server->setHoldReplies(false);
-        serveEmptySources(*m_server);
-        w.onRefreshAll();
-        QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusRefresh").startsWith(QStringLiteral("Last refresh: ")) &&
-                                     labelText(w, "statusRefresh") != initial,
-                                 5000);
-        QVERIFY(QRegularExpression(QStringLiteral("^Last refresh: \\d\\d:\\d\\d:\\d\\d$"))
-                    .match(labelText(w, "statusRefresh"))
-                    .hasMatch());
-    }
-
-    void selectionSurvivesARefreshWithoutRetuning()
-    {
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
-                                   potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120),
-                                   potaSpot(QStringLiteral("K3CCC"), QStringLiteral("US-3"), 14063, 180)}));
-        MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
-
-        // A connected dummy rig, so that a user's selection tunes.
-        w.apiRadioConnect(); // the default rig is Hamlib's dummy
-        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),
-                                  10000);
-
-        QStringList tunes;
-        connect(w.statusBar(), &QStatusBar::messageChanged, &w, [&tunes](const QString &m) {
-            if (m.startsWith(QStringLiteral("Tuned to ")))
-                tunes.append(m);
-        });
-        QTest::keyClick(&w, Qt::Key_J); // first row
-        QTest::keyClick(&w, Qt::Key_J); // second row: K2BBB
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
-        QCOMPARE(tunes.size(), 2);
-        QCOMPARE(tunes.last(), QStringLiteral("Tuned to 14062 kHz — may fortune favour the bold."));
-
-        // Two newer stations push K2BBB down two rows; the selection follows it.
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K4DDD"), QStringLiteral("US-4"), 7030, 10),
-                                   potaSpot(QStringLiteral("K5EEE"), QStringLiteral("US-5"), 7031, 20),
-                                   potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
-                                   potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120),
-                                   potaSpot(QStringLiteral("K3CCC"), QStringLiteral("US-3"), 14063, 180)}));
-        w.onRefreshAll();
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 5, 5000);
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
-        QCOMPARE(table(w)->selectionModel()->selectedRows().first().row(), 3);
-
-        // The station vanishes: the row at its old position is selected instead.
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K4DDD"), QStringLiteral("US-4"), 7030, 10),
-                                   potaSpot(QStringLiteral("K5EEE"), QStringLiteral("US-5"), 7031, 20)}));
-        w.onRefreshAll();
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K5EEE"));
-
-        // Neither restore retuned the radio.
-        QCOMPARE(tunes.size(), 2);
-    }
-
-    void keysMoveThroughTheView()
-    {
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
-                                   potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 14062, 120)}));
-        MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
-        auto *heard = w.findChild<QPushButton *>(QStringLiteral("heardButton"));
-        QVERIFY(heard && !heard->isEnabled()); // nothing selected yet
-        QTest::keyClick(&w, Qt::Key_K);        // no selection: last row
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
-        QVERIFY(heard->isEnabled());
-        QTest::keyClick(&w, Qt::Key_J); // already last: stays
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
-        QTest::keyClick(&w, Qt::Key_K);
-        QTest::keyClick(&w, Qt::Key_K); // already first: stays
-        QCOMPARE(selectedCallsign(w), QStringLiteral("K1AAA"));
-        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("detailReference"))->text(),
-                 QStringLiteral("[POTA] US-1"));
-        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("detailFrequency"))->text(),
-                 QStringLiteral("14061.0 kHz"));
-    }
-
-    void typingInSearchFiltersWithoutShortcuts()
-    {
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
-                                   potaSpot(QStringLiteral("W4HHH"), QStringLiteral("US-2"), 14062, 120)}));
-        MainWindow w(services());
-        w.show();
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
-        auto *search = w.findChild<QLineEdit *>();
-        QVERIFY(search);
-        search->setFocus();
-        QTRY_VERIFY(search->hasFocus());
-        QTest::keyClicks(search, QStringLiteral("hh"));
-        QCOMPARE(search->text(), QStringLiteral("hh"));
-        QCOMPARE(table(w)->model()->rowCount(), 1);
-        QVERIFY(labelText(w, "statusSpots").startsWith(QStringLiteral("Showing 1 of 2")));
-        QVERIFY(table(w)->selectionModel()->selectedRows().isEmpty());
-    }
-
-    void bandButtonsAndStatusChoice()
-    {
-        m_server->setRoute("/spot/",
-                           toBody({potaSpot(QStringLiteral("K1AAA"), QStringLiteral("US-1"), 14061, 60),
-                                   potaSpot(QStringLiteral("K2BBB"), QStringLiteral("US-2"), 5100, 120)}));
-        MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
-        // Every band ticked: no band test, so the out-of-band 5100 kHz spot shows.
-        QCOMPARE(table(w)->model()->rowCount(), 2);
-        const QList<QPushButton *> bands = w.findChildren<QPushButton *>(QStringLiteral("bandBtn"));
-        for (QPushButton *band : bands) {
-            if (band->text() == QLatin1String("80m"))
-                band->click();
-        }
-        QCOMPARE(table(w)->model()->rowCount(), 1);
-        QCOMPARE(readSettings().value(QStringLiteral("disabledBands")).toArray(),
-                 QJsonArray{QStringLiteral("80m")});
-        for (QPushButton *band : bands) {
-            if (band->isChecked())
-                band->click();
-        }
-        QCOMPARE(table(w)->model()->rowCount(), 0); // every band off hides everything
-
-        auto *status = w.findChild<QComboBox *>();
-        QVERIFY(status);
-        QCOMPARE(status->count(), 5);
-        status->setCurrentIndex(3);
-        QCOMPARE(proxy(w)->statusFilter(), 2);
-        QCOMPARE(readSettings().value(QStringLiteral("statusFilter")).toInt(), 3);
-    }
-
-    void untickingASourceStopsItsRequests()
-    {
-        MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
-        SpotFetcher *pota = w.findChild<PotaSpotFetcher *>();
-        QVERIFY(pota->isAutoRefreshing());
-        QCOMPARE(pota->refreshIntervalMs(), 60000);
-
-        button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QVERIFY(!pota->isAutoRefreshing());
         QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
                  QJsonValue(false));
         w.onRefreshAll(); // skips the unticked source
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/api/spots/gma/"), 2, 5000);
         QCOMPARE(m_server->requestCount("/spot/"), 1);
-
-        // Ticking it again fetches at once.
-        button(w, "sourceBtn", QStringLiteral("POTA"))->click();
-        QVERIFY(pota->isAutoRefreshing());
+        button(w, "sourceBtn", QStringLiteral("POTA"))->click(); // ticked again: fetches at once
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount("/spot/"), 2, 5000);
+    }
+
+    void operatorKeysAfterAClickButNotInTheSearch()
+    {
+        m_server->setRoute("/spot/",
+                           potaSpots({QStringLiteral("K1AAA US-1 14061"), QStringLiteral("W4HHH US-2 14062"),
+                                      QStringLiteral("K3CCC US-3 14063")}));
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
+        QVERIFY(!w.findChild<QPushButton *>(QStringLiteral("heardButton"))->isEnabled());
+        QTest::keyClick(&w, Qt::Key_K); // nothing selected: the last row
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K3CCC"));
+        QTest::keyClick(&w, Qt::Key_J); // already last: stays
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K3CCC"));
+
+        w.show();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        // After a click the table has the focus; its type-to-search must not eat the letters.
+        clickRow(w, 0);
+        QCOMPARE(QApplication::focusWidget(), table(w));
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K1AAA"));
+        QTest::keyClick(table(w), Qt::Key_J);
+        QCOMPARE(selectedCallsign(w), QStringLiteral("W4HHH"));
+        QCOMPARE(labelText(w, "detailReference"), QStringLiteral("[POTA] US-2"));
+        QCOMPARE(labelText(w, "detailFrequency"), QStringLiteral("14062.0 kHz"));
+        QTest::keyClick(table(w), Qt::Key_H);
+        QCOMPARE(statusOf(w, QStringLiteral("W4HHH")), StationSpot::Heard);
+        QTest::keyClick(table(w), Qt::Key_K);
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K1AAA"));
+
+        // In the search field an "h" is text: it filters and marks nothing.
+        auto *search = w.findChild<QLineEdit *>();
+        QTest::mouseClick(search, Qt::LeftButton);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("h"));
+        QCOMPARE(search->text(), QStringLiteral("h"));
+        QCOMPARE(table(w)->model()->rowCount(), 1);
+        QCOMPARE(statusOf(w, QStringLiteral("K1AAA")), StationSpot::Unknown);
+    }
+
+    void tuneWithoutARigAsksAndTunesNothing()
+    {
+        m_server->setRoute("/spot/", potaSpots({QStringLiteral("K1AAA US-1 14061")}));
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 1, 5000);
+        QTest::keyClick(&w, Qt::Key_J);
+        QStringList messages;
+        connect(w.statusBar(), &QStatusBar::messageChanged, &w,
+                [&messages](const QString &m) { messages << m; });
+        // "Yes" opens the radio set-up, which is then cancelled; "No" only closes the question.
+        for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+            QStringList modals;
+            QTimer closer;
+            connect(&closer, &QTimer::timeout, &w, [&modals, answer] {
+                auto *modal = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+                if (!modal || !modal->isVisible())
+                    return;
+                modals << modal->windowTitle();
+                if (auto *box = qobject_cast<QMessageBox *>(modal)) {
+                    QVERIFY(box->text().startsWith(QStringLiteral("The radio has not yet been graced")));
+                    box->button(answer)->click();
+                } else {
+                    modal->reject();
+                }
+            });
+            closer.start(10);
+            QTest::keyClick(&w, Qt::Key_T);
+            QStringList expected{QStringLiteral("Radio Not Connected")};
+            if (answer == QMessageBox::Yes)
+                expected << QStringLiteral("Radio Setup — Tallis");
+            QCOMPARE(modals, expected);
+        }
+        QVERIFY(messages.filter(QStringLiteral("Tuned to")).isEmpty());
+        QVERIFY(!rig(w)->isConnected());
+    }
+
+    void marksOutliveARefreshAndARestart()
+    {
+        const QStringList stations{QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 14062")};
+        m_server->setRoute("/spot/", potaSpots(stations));
+        const QString day = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd"));
+        {
+            MainWindow w(services());
+            QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
+            QTest::keyClick(&w, Qt::Key_J);
+            QTest::keyClick(&w, Qt::Key_H);
+            QTest::keyClick(&w, Qt::Key_J);
+            QTest::keyClick(&w, Qt::Key_L);
+            QCOMPARE(
+                w.statusBar()->currentMessage(),
+                QStringLiteral("Contact with K2BBB recorded — logged to ~/.tallis/contacts-pota-%1.jsonl")
+                    .arg(day));
+            QFile log(tallisDirPath() + QStringLiteral("/contacts-pota-%1.jsonl").arg(day));
+            QVERIFY(log.open(QIODevice::ReadOnly));
+            const QList<QByteArray> lines = log.readAll().split('\n');
+            QCOMPARE(lines.size(), 2); // one line and its end
+            QCOMPARE(QJsonDocument::fromJson(lines.first()).object().value(QStringLiteral("callsign")),
+                     QJsonValue(QStringLiteral("K2BBB")));
+
+            // A refresh replaces every row: a newer station on top, both others re-spotted.
+            m_server->setRoute("/spot/",
+                               potaSpots(QStringList{QStringLiteral("K4DDD US-4 7030")} + stations));
+            w.onRefreshAll();
+            QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 3, 5000);
+            QCOMPARE(statusOf(w, QStringLiteral("K1AAA")), StationSpot::Heard);
+            QCOMPARE(statusOf(w, QStringLiteral("K2BBB")), StationSpot::Contacted);
+        }
+        MainWindow again(services());
+        QTRY_COMPARE_WITH_TIMEOUT(model(again)->rowCount(), 3, 5000);
+        QCOMPARE(statusOf(again, QStringLiteral("K1AAA")), StationSpot::Heard);
+        QCOMPARE(statusOf(again, QStringLiteral("K2BBB")), StationSpot::Contacted);
+        QCOMPARE(statusOf(again, QStringLiteral("K4DDD")), StationSpot::Unknown);
+    }
+
+    void bandButtonsAndStatusChoice()
+    {
+        m_server->setRoute(
+            "/spot/", potaSpots({QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 3550")}));
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
+        button(w, "bandBtn", QStringLiteral("80m"))->click();
+        QCOMPARE(table(w)->model()->rowCount(), 1);
+        QCOMPARE(readSettings().value(QStringLiteral("disabledBands")).toArray(),
+                 QJsonArray{QStringLiteral("80m")});
+        w.findChild<QComboBox *>()->setCurrentIndex(3); // "Contacted"
+        QCOMPARE(proxy(w)->statusFilter(), 2);
+        QCOMPARE(readSettings().value(QStringLiteral("statusFilter")).toInt(), 3);
     }
 };
 

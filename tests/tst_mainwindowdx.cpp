@@ -8,12 +8,9 @@
 #include <QDateTime>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableView>
 #include <QTest>
-
-#include <memory>
 
 using namespace WindowFixture;
 
@@ -77,40 +74,10 @@ private slots:
         QVERIFY(names.contains(QStringLiteral("Japan")));
 
         // Unticking DX ends both sessions and hides the rows.
-        QSignalSpy disconnected(w.findChildren<DxClusterFetcher *>().at(0),
-                                &DxClusterFetcher::connectionChanged);
-        for (QPushButton *b : w.findChildren<QPushButton *>(QStringLiteral("sourceBtn"))) {
-            if (b->text() == QLatin1String("DX Cluster"))
-                b->click();
-        }
+        clickSource(w, QStringLiteral("DX Cluster"));
         QVERIFY(!w.anyDxConnected());
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Disconnected"));
         QCOMPARE(table(w)->model()->rowCount(), 0);
-    }
-
-    void aFloodIsMergedPerReadNotPerLine()
-    {
-        ClusterTestServer node;
-        QVERIFY(node.start());
-        node.setLoginReply("Hello N0CALL\r\n");
-        writeSettings(QJsonObject{
-            {QStringLiteral("callsign"), QStringLiteral("N0CALL")},
-            {QStringLiteral("sources"), QJsonObject{{QStringLiteral("dx"), true}}},
-            {QStringLiteral("dxClusters"), QJsonArray{clusterEntry(node)}},
-        });
-        MainWindow w(services());
-        QTRY_VERIFY_WITH_TIMEOUT(w.anyDxConnected(), 5000);
-
-        QSignalSpy resets(model(w), &QAbstractItemModel::modelReset);
-        QByteArray flood;
-        for (int i = 0; i < 3000; ++i)
-            flood += spotLine("W3LPL", 14000.0 + i * 0.5,
-                              QByteArray("DL" + QByteArray::number(i) + "X").constData(), "CW") +
-                     "\r\n";
-        node.send(flood);
-        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 3000, 20000);
-        QVERIFY2(resets.count() < 100, qPrintable(QString::number(resets.count())));
-        QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusSpots").contains(QStringLiteral("DX:3000")), 5000);
     }
 
     void tickingDxWithoutCallsignReminds()
@@ -124,10 +91,7 @@ private slots:
         QStringList messages;
         connect(w.statusBar(), &QStatusBar::messageChanged, &w,
                 [&messages](const QString &m) { messages.append(m); });
-        for (QPushButton *b : w.findChildren<QPushButton *>(QStringLiteral("sourceBtn"))) {
-            if (b->text() == QLatin1String("DX Cluster"))
-                b->click();
-        }
+        clickSource(w, QStringLiteral("DX Cluster"));
         QVERIFY(messages.contains(QStringLiteral("DX cluster: set your callsign in Preferences first")));
         // Still asked to connect.
         QTRY_COMPARE_WITH_TIMEOUT(node.connectionCount(), 1, 5000);

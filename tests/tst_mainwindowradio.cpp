@@ -1,48 +1,73 @@
 #include "app/mainwindow.h"
-#include "radio/hamlibcontroller.h"
+#include "radio/hamliblink.h"
 #include "support/rigctldprocess.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
 
-#include <QLabel>
-#include <QSignalSpy>
-#include <QStatusBar>
+#include <QItemSelectionModel>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
-
-#include <memory>
 
 using namespace WindowFixture;
 
 // The window's rig path against a real network rig daemon: the start-up
-// connect, polling, loss after failed polls and the reconnect timer.
+// connect, select-to-tune, polling, loss after failed polls and the reconnect timer.
 class TestMainWindowRadio final : public WindowTest
 {
     Q_OBJECT
 
 private:
-    static QJsonObject hamlibSettings(const RigConfig &config)
+    // What the rig is set to, read through Hamlib on the window's own link; the
+    // read queues behind any tune the window has sent before it.
+    static QString rigSetting(const MainWindow &w)
     {
-        return QJsonObject{{QStringLiteral("rigModel"), config.rigModel},
-                           {QStringLiteral("port"), config.port}};
+        double kHz = 0.0;
+        QString mode;
+        if (!w.findChild<HamlibLink *>()->readFrequencyAndWait(kHz, mode))
+            return QStringLiteral("<not connected>");
+        return QStringLiteral("%1 %2").arg(kHz, 0, 'f', 1).arg(mode);
     }
 
 private slots:
-    void networkRigIsConnectedLostAndRegained()
+    void networkRigFollowsTheSelectionIsLostAndRegained()
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
-        writeSettings(QJsonObject{{QStringLiteral("hamlib"), hamlibSettings(daemon.rigConfig())}});
+        const RigConfig config = daemon.rigConfig();
+        writeSettings(
+            QJsonObject{{QStringLiteral("hamlib"), QJsonObject{{QStringLiteral("rigModel"), config.rigModel},
+                                                               {QStringLiteral("port"), config.port}}}});
+        const QStringList stations{QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 7150 SSB")};
+        m_server->setRoute("/spot/", potaSpots(stations));
 
         MainWindow w(services());
+        w.show();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
         // Not at once: the window shows first, the rig opens 1.5 s later.
         QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
         QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Connected"),
                                   10000);
         QVERIFY(timer(w, "radioPollTimer")->isActive());
         QVERIFY(!timer(w, "rigReconnectTimer")->isActive());
-        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "radioFreqLabel").endsWith(QStringLiteral(" MHz")), true,
-                                  5000);
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
+
+        // The operator's click tunes the rig: frequency, and SSB as the band's sideband.
+        clickRow(w, 1);
+        QCOMPARE(rigSetting(w), QStringLiteral("7150.0 LSB"));
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "radioFreqLabel"), QStringLiteral("7.150 MHz"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "radioModeLabel"), QStringLiteral("LSB"), 5000);
+
+        // The dial moves; a refresh pushes the station down a row and the
+        // restored selection leaves the rig alone.
+        w.apiSetRadioFreqKhz(14200.0);
+        QCOMPARE(rigSetting(w), QStringLiteral("14200.0 LSB"));
+        m_server->setRoute("/spot/", potaSpots(QStringList{QStringLiteral("K4DDD US-4 7030")} + stations));
+        w.onRefreshAll();
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
+        QCOMPARE(table(w)->selectionModel()->selectedRows().first().row(), 2);
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
+        QCOMPARE(rigSetting(w), QStringLiteral("14200.0 LSB"));
 
         // The daemon dies: after five failed polls the window shows the loss
         // and starts trying again every 15 s.
@@ -53,7 +78,6 @@ private slots:
         QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
         QVERIFY(!timer(w, "radioPollTimer")->isActive());
         QVERIFY(timer(w, "rigReconnectTimer")->isActive());
-        QCOMPARE(timer(w, "rigReconnectTimer")->interval(), 15000);
 
         // The daemon comes back on the same port; the reconnect timer finds it
         // (its interval shortened here so the test need not wait 15 s).

@@ -11,12 +11,16 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDateTime>
 #include <QFile>
 #include <QHeaderView>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableView>
+#include <QTcpServer>
 #include <QTest>
+#include <QWebSocket>
 
 #include <memory>
 
@@ -157,6 +161,62 @@ private slots:
         MainWindow again(services());
         QCOMPARE(again.size(), QSize(1000, 640));
         QCOMPARE(table(again)->horizontalHeader()->sortIndicatorSection(), 1);
+    }
+
+    void apiListensWhereTheSettingsSay()
+    {
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
+        const quint16 port = probe.serverPort();
+        probe.close();
+        writeSettings(QJsonObject{{QStringLiteral("wsPort"), port}});
+        m_server->setRoute(
+            "/spot/", potaSpots({QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 7150")}));
+        const QString sotaTime = QDateTime::currentDateTimeUtc().addSecs(-90).toString(Qt::ISODate);
+        m_server->setRoute("/api/spots/-72",
+                           QStringLiteral(R"([{"activatorCallsign": "G4ABC/P", "frequency": 10.118,
+            "mode": "CW", "summitCode": "G/LD-003", "summitName": "Helvellyn", "timeStamp": "%1"}])")
+                               .arg(sotaTime)
+                               .toUtf8());
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
+
+        QWebSocket client;
+        QList<QJsonObject> received;
+        connect(&client, &QWebSocket::textMessageReceived, &w, [&received](const QString &text) {
+            received << QJsonDocument::fromJson(text.toUtf8()).object();
+        });
+        const auto find = [&received](const char *key, const char *value) {
+            for (const QJsonObject &message : received) {
+                if (message.value(QLatin1String(key)).toString() == QLatin1String(value))
+                    return message;
+            }
+            return QJsonObject();
+        };
+        client.open(QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(port)));
+        QTRY_VERIFY_WITH_TIMEOUT(!received.isEmpty(), 5000);
+        QCOMPARE(received.first().value(QStringLiteral("event")), QJsonValue(QStringLiteral("hello")));
+
+        // The visible spots in the table's row order, which here is not the model's.
+        table(w)->sortByColumn(1, Qt::AscendingOrder);
+        QCOMPARE(table(w)->model()->index(0, 1).data().toString(), QStringLiteral("G4ABC/P"));
+        client.sendTextMessage(QStringLiteral(R"({"type": "cmd", "cmd": "spots.get", "id": "a"})"));
+        QTRY_VERIFY_WITH_TIMEOUT(!find("id", "a").isEmpty(), 5000);
+        const QJsonArray spots =
+            find("id", "a").value(QStringLiteral("data")).toObject().value(QStringLiteral("spots")).toArray();
+        QCOMPARE(spots.size(), 3);
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(spots.at(row).toObject().value(QStringLiteral("callsign")).toString(),
+                     table(w)->model()->index(row, 1).data().toString());
+
+        client.sendTextMessage(
+            QStringLiteral(R"({"type": "cmd", "cmd": "filter.set", "id": "b", "data": {"pota": false}})"));
+        QTRY_VERIFY_WITH_TIMEOUT(!find("event", "filter.changed").isEmpty(), 5000);
+        QVERIFY(find("id", "b").value(QStringLiteral("ok")).toBool());
+        QVERIFY(!button(w, "sourceBtn", QStringLiteral("POTA"))->isChecked());
+        QCOMPARE(table(w)->model()->rowCount(), 1);
+        QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
+                 QJsonValue(false));
     }
 
 private:

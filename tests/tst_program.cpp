@@ -7,12 +7,20 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// Runs the real program binary as a user would.
+// Runs the real program binary as a user would, in a private network
+// namespace: the program resolves the public services at start and takes no
+// host setting, so nothing of a test run may reach the network.
 class TestProgram final : public QObject
 {
     Q_OBJECT
 
 private:
+    static void startIsolated(QProcess &process, const QStringList &args)
+    {
+        process.start(QStringLiteral("unshare"),
+                      QStringList{QStringLiteral("-rn"), QStringLiteral(TALLIS_BINARY)} + args);
+    }
+
     static QProcessEnvironment environmentWithHome(const QString &home)
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -26,7 +34,7 @@ private:
     static void startAndAwaitWindow(QProcess &process, const QString &home, const QStringList &args)
     {
         process.setProcessEnvironment(environmentWithHome(home));
-        process.start(QStringLiteral(TALLIS_BINARY), args);
+        startIsolated(process, args);
         QVERIFY(process.waitForStarted(10000));
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(home + QStringLiteral("/.tallis/settings.json")), 20000);
         QCOMPARE(process.state(), QProcess::Running);
@@ -35,6 +43,14 @@ private:
     }
 
 private slots:
+    void init()
+    {
+        static const bool isolated = QProcess::execute(QStringLiteral("unshare"),
+                                                       {QStringLiteral("-rn"), QStringLiteral("true")}) == 0;
+        if (!isolated)
+            QSKIP("unshare -rn is not permitted here; run unisolated the program would reach public hosts");
+    }
+
     void textFlagPrintsNoticeAndExits()
     {
         QTemporaryDir home;
@@ -43,7 +59,7 @@ private slots:
         for (const QStringList &args : variants) {
             QProcess process;
             process.setProcessEnvironment(environmentWithHome(home.path()));
-            process.start(QStringLiteral(TALLIS_BINARY), args);
+            startIsolated(process, args);
             QVERIFY(process.waitForFinished(10000));
             QCOMPARE(process.exitStatus(), QProcess::NormalExit);
             QCOMPARE(process.exitCode(), 1);

@@ -18,7 +18,7 @@ UpdateBar::UpdateBar(QWidget *parent)
     m_message->setTextFormat(Qt::RichText);
     m_message->setOpenExternalLinks(true);
     m_message->setText(QStringLiteral("A newer version of Tallis is available.&nbsp;"
-                                      "<a href=\"%1\">Download the new version here</a>")
+                                      "<a href=\"%1\" style=\"color:#7fbf7f;\">Download the new version here</a>")
                            .arg(QString::fromLatin1(k_downloadUrl)));
 
     m_dismiss->setObjectName(QStringLiteral("updateBarDismiss"));

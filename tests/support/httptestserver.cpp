@@ -16,32 +16,6 @@ HttpTestServer::~HttpTestServer()
         socket->disconnect(this);
 }
 
-bool HttpTestServer::start()
-{
-    return m_server.listen(QHostAddress::LocalHost, 0);
-}
-
-quint16 HttpTestServer::port() const
-{
-    return m_server.serverPort();
-}
-
-QUrl HttpTestServer::url() const
-{
-    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port()));
-}
-
-void HttpTestServer::setRoute(const QByteArray &path, const QByteArray &body, int status,
-                              const QByteArray &contentType, const QByteArray &headers)
-{
-    m_routes.insert(path, Route{body, status, contentType, headers});
-}
-
-void HttpTestServer::setHoldReplies(bool hold)
-{
-    m_hold = hold;
-}
-
 void HttpTestServer::releaseHeld(const QByteArray &path)
 {
     QList<Pending> release;
@@ -57,14 +31,6 @@ void HttpTestServer::releaseHeld(const QByteArray &path)
         if (p.socket)
             respond(p.socket, p.request);
     }
-}
-
-int HttpTestServer::requestCount(const QByteArray &path) const
-{
-    int n = 0;
-    for (const Request &r : m_requests)
-        n += r.path == path ? 1 : 0;
-    return n;
 }
 
 void HttpTestServer::onNewConnection()
@@ -95,11 +61,7 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
             request.headers.insert(lines[i].left(colon).trimmed().toLower(),
                                    lines[i].mid(colon + 1).trimmed());
     }
-    const int length = request.headers.value("content-length", "0").toInt();
-    if (buffer.size() < headerEnd + 4 + length)
-        return;
-    request.body = buffer.mid(headerEnd + 4, length);
-    buffer.clear();
+    buffer.clear(); // GET only: no body follows
 
     m_requests.append(request);
     emit requestReceived(request.path);

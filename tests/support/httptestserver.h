@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -25,26 +27,31 @@ public:
         QByteArray method;
         QByteArray path;
         QHash<QByteArray, QByteArray> headers; // names lower-cased
-        QByteArray body;
     };
 
     explicit HttpTestServer(QObject *parent = nullptr);
     ~HttpTestServer() override;
 
-    bool start();
-    quint16 port() const;
-    QUrl url() const; // http://127.0.0.1:port
+    bool start() { return m_server.listen(QHostAddress::LocalHost, 0); }
+    QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
 
     // Unknown paths get 404. headers: extra raw header lines, each ending in "\r\n".
     void setRoute(const QByteArray &path, const QByteArray &body, int status = 200,
-                  const QByteArray &contentType = "application/json", const QByteArray &headers = {});
-    void setHoldReplies(bool hold);
+                  const QByteArray &contentType = "application/json", const QByteArray &headers = {})
+    {
+        m_routes.insert(path, Route{body, status, contentType, headers});
+    }
+    void setHoldReplies(bool hold) { m_hold = hold; }
     // Answers the held requests, or only those for path when one is given.
     void releaseHeld(const QByteArray &path = QByteArray());
 
     QList<Request> requests() const { return m_requests; }
     int requestCount() const { return int(m_requests.size()); }
-    int requestCount(const QByteArray &path) const;
+    int requestCount(const QByteArray &path) const
+    {
+        return int(std::count_if(m_requests.cbegin(), m_requests.cend(),
+                                 [&path](const Request &r) { return r.path == path; }));
+    }
     void clearRequests() { m_requests.clear(); }
 
 signals:

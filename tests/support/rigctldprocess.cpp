@@ -6,6 +6,23 @@
 #include <QTcpSocket>
 #include <QThread>
 
+namespace {
+
+quint16 freeLoopbackPort()
+{
+    QTcpServer probe;
+    return probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
+}
+
+bool acceptsConnections(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    return socket.waitForConnected(200);
+}
+
+} // namespace
+
 RigctldProcess::~RigctldProcess()
 {
     stop();
@@ -56,34 +73,10 @@ void RigctldProcess::stop()
     m_process.waitForFinished(5000);
 }
 
-bool RigctldProcess::isRunning() const
-{
-    return m_process.state() == QProcess::Running;
-}
-
 RigConfig RigctldProcess::rigConfig() const
 {
     RigConfig config;
-    config.rigModel = k_netRigctlModel;
+    config.rigModel = 2; // Hamlib's NET rigctl
     config.port = QStringLiteral("127.0.0.1:%1").arg(m_port);
     return config;
-}
-
-quint16 RigctldProcess::freeLoopbackPort()
-{
-    QTcpServer probe;
-    if (!probe.listen(QHostAddress::LocalHost, 0))
-        return 0;
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
-}
-
-bool RigctldProcess::acceptsConnections(quint16 port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    const bool ok = socket.waitForConnected(200);
-    socket.abort();
-    return ok;
 }

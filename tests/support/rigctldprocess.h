@@ -10,8 +10,6 @@
 class RigctldProcess final
 {
 public:
-    static constexpr int k_netRigctlModel = 2;
-
     RigctldProcess() = default;
     ~RigctldProcess();
     RigctldProcess(const RigctldProcess &) = delete;
@@ -21,15 +19,11 @@ public:
     // until it accepts connections. On failure, errorString() says why.
     bool start(quint16 port = 0);
     void stop();
-    bool isRunning() const;
     quint16 port() const { return m_port; }
     QString errorString() const { return m_error; }
 
     // The controller's settings for this daemon: Hamlib's NET rigctl model.
     RigConfig rigConfig() const;
-
-    static quint16 freeLoopbackPort();
-    static bool acceptsConnections(quint16 port);
 
 private:
     QProcess m_process;

@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QItemSelectionModel>
 #include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
@@ -75,6 +76,28 @@ QTimer *WindowTest::timer(const MainWindow &w, const char *objectName)
     return w.findChild<QTimer *>(QLatin1String(objectName));
 }
 
+void WindowTest::clickRow(const MainWindow &w, int row)
+{
+    QTableView *view = table(w);
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      view->visualRect(view->model()->index(row, 1)).center());
+}
+
+QString WindowTest::selectedCallsign(const MainWindow &w)
+{
+    const QModelIndexList rows = table(w)->selectionModel()->selectedRows(1);
+    return rows.isEmpty() ? QString() : rows.first().data().toString();
+}
+
+StationSpot::Status WindowTest::statusOf(const MainWindow &w, const QString &callsign)
+{
+    for (const StationSpot &spot : model(w)->spots()) {
+        if (spot.callsign == callsign)
+            return spot.status;
+    }
+    return StationSpot::Unknown;
+}
+
 namespace WindowFixture {
 
 void serveEmptySources(HttpTestServer &server)
@@ -126,6 +149,17 @@ QJsonObject potaSpot(const QString &call, const QString &reference, double khz, 
 QByteArray toBody(const QJsonArray &spots)
 {
     return QJsonDocument(spots).toJson(QJsonDocument::Compact);
+}
+
+QByteArray potaSpots(const QStringList &lines)
+{
+    QJsonArray spots;
+    for (const QString &line : lines) {
+        const QStringList f = line.split(QLatin1Char(' '));
+        spots.append(potaSpot(f.at(0), f.at(1), f.at(2).toDouble(), 60 * int(spots.size() + 1),
+                              f.value(3, QStringLiteral("CW"))));
+    }
+    return toBody(spots);
 }
 
 } // namespace WindowFixture

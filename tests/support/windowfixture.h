@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/serviceurls.h"
+#include "model/stationspot.h"
 #include "support/httptestserver.h"
 
 #include <QJsonArray>
@@ -38,6 +39,11 @@ protected:
     static SpotFilterProxyModel *proxy(const MainWindow &w);
     static HamlibController *rig(const MainWindow &w);
     static QTimer *timer(const MainWindow &w, const char *objectName);
+    // A real click on a row of the table, as the operator's mouse makes it.
+    static void clickRow(const MainWindow &w, int row);
+    static QString selectedCallsign(const MainWindow &w);
+    // The status of the first model row of that call sign.
+    static StationSpot::Status statusOf(const MainWindow &w, const QString &callsign);
 
 private slots:
     void init();
@@ -55,5 +61,7 @@ QJsonObject readSettings();
 QJsonObject potaSpot(const QString &call, const QString &reference, double khz, int secsAgo,
                      const QString &mode = QStringLiteral("CW"));
 QByteArray toBody(const QJsonArray &spots);
+// A POTA reply from lines "CALL REFERENCE KHZ [MODE]", newest first, a minute apart.
+QByteArray potaSpots(const QStringList &lines);
 
 } // namespace WindowFixture

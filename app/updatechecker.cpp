@@ -32,11 +32,12 @@ void UpdateChecker::onUpdateCheckReply()
 {
     if (!m_reply)
         return;
-    // An error page or an empty answer simply holds no number.
+    // Only a good answer counts: an error page may well hold a number.
+    const bool answered = m_reply->error() == QNetworkReply::NoError;
     const QByteArray body = m_reply->readAll().trimmed();
     m_reply->deleteLater();
     m_reply = nullptr;
-    if (body.isEmpty())
+    if (!answered || body.isEmpty())
         return;
     bool ok = false;
     const qint64 remote = body.toLongLong(&ok, 10);

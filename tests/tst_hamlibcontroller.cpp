@@ -282,8 +282,9 @@ private slots:
                                      QStringLiteral("off"), k_noCaps}));
     }
 
-    // Hamlib's network daemon: a real link that can die, and no cached answer hiding it.
-    void rigctldLinkAndItsLoss()
+    // Hamlib's network daemon: a real link that can die, and no cached answer hiding it. The loss
+    // after failed polls is the window's radio test, against the same daemon.
+    void rigctldLinkAndFailedOpen()
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
@@ -291,27 +292,19 @@ private slots:
         record(&ctrl);
         QVERIFY(ctrl.connectRig(daemon.rigConfig()));
         QVERIFY(ctrl.tune(14074.0, QStringLiteral("SSB")));
-        ctrl.requestPoll();
         ctrl.setVolume(30);
         QCOMPARE(ctrl.queryState().volume, 30);
-
         daemon.stop();
         QCOMPARE(ctrl.getFrequency(), 0.0);
         QCOMPARE(ctrl.getMode(), QString());
-        for (int i = 0; i < 4; ++i)
-            ctrl.requestPoll();
-        QVERIFY(ctrl.isConnected());
-        ctrl.requestPoll();
-        QVERIFY(!ctrl.isConnected());
-        ctrl.requestPoll();
+        ctrl.disconnectRig();
         QVERIFY(!ctrl.connectRig(daemon.rigConfig())); // a failed open says so once, on one line
         const QString failed = m_log.takeLast();
         QVERIFY2(failed.startsWith(QStringLiteral("error: Failed to open rig: ")) && failed.size() > 28 &&
                      !failed.contains(QLatin1Char('\n')),
                  qPrintable(failed));
-        QCOMPARE(m_log,
-                 (QStringList{QStringLiteral("on"), k_allCaps, k_freshDummy, QStringLiteral("freq 14074"),
-                              QStringLiteral("poll 14074 USB"), k_lost, QStringLiteral("off"), k_noCaps}));
+        QCOMPARE(m_log, (QStringList{QStringLiteral("on"), k_allCaps, k_freshDummy,
+                                     QStringLiteral("freq 14074"), QStringLiteral("off"), k_noCaps}));
     }
 
     void availableRigsSortedAsText()

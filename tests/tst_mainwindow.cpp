@@ -3,12 +3,14 @@
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
+#include "sources/dxclusterfetcher.h"
 #include "sources/potaspotfetcher.h"
+#include "support/clustertestserver.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
 
 #include <QApplication>
-#include <QComboBox>
+#include <QDateTime>
 #include <QDialog>
 #include <QFile>
 #include <QJsonDocument>
@@ -24,10 +26,21 @@
 using namespace WindowFixture;
 
 // The window with its sources pointed at a local server: spots flow in,
-// counts and messages follow, the operator's keys and marks act.
+// counts and messages follow, the operator's keys and marks act; DX cluster nodes feed the same table.
 class TestMainWindow final : public WindowTest
 {
     Q_OBJECT
+
+    static QByteArray spotLine(const char *spotter, double khz, const char *call, const char *comment)
+    {
+        const QByteArray hhmm = QDateTime::currentDateTimeUtc().toString(QStringLiteral("HHmm")).toLatin1();
+        return "DX de " + QByteArray(spotter) + ":     " + QByteArray::number(khz, 'f', 1) + "  " + call +
+               "       " + comment + "   " + hhmm + "Z";
+    }
+    static QString clusterEntry(const ClusterTestServer &node)
+    {
+        return QStringLiteral(R"({"host": "127.0.0.1", "port": %1})").arg(node.port());
+    }
 
 private slots:
     void frameAndStatusBar()
@@ -38,7 +51,6 @@ private slots:
         connect(w.statusBar(), &QStatusBar::messageChanged, &w,
                 [&messages](const QString &m) { messages << m; });
         QVERIFY(w.windowTitle().startsWith(QStringLiteral("Tallis — ")));
-        QCOMPARE(w.minimumSize(), QSize(960, 600));
         QCOMPARE(labelText(w, "statusRadio"), QStringLiteral("Radio unconfigured — consult the settings"));
         QCOMPARE(labelText(w, "statusSpots"), QStringLiteral("No spots"));
         QCOMPARE(labelText(w, "statusRefresh"),
@@ -46,9 +58,6 @@ private slots:
         QCOMPARE(labelText(w, "toolbarRadioStatus"), QStringLiteral("Radio: Not Connected"));
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Disconnected"));
         QCOMPARE(labelText(w, "callsignLabel"), QStringLiteral("DE: [not set]"));
-        QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("sourceBtn")).size(), 7);
-        QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("modeBtn")).size(), 5);
-        QCOMPARE(w.findChildren<QPushButton *>(QStringLiteral("bandBtn")).size(), 13);
         QVERIFY(!button(w, "sourceBtn", QStringLiteral("DX Cluster"))->isChecked());
         // Every web source but the inert BOTA slot asks at once; SOTA asks for its epoch first.
         QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
@@ -100,8 +109,7 @@ private slots:
     void operatorKeysAfterAClickButNotInTheSearch()
     {
         m_server->setRoute("/spot/",
-                           potaSpots({QStringLiteral("K1AAA US-1 14061"), QStringLiteral("W4HHH US-2 14062"),
-                                      QStringLiteral("K3CCC US-3 14063")}));
+                           potaSpots(QStringLiteral("K1AAA US-1 14061, W4HHH US-2 14062, K3CCC US-3 14063")));
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
         QVERIFY(!w.findChild<QPushButton *>(QStringLiteral("heardButton"))->isEnabled());
@@ -136,7 +144,7 @@ private slots:
 
     void tuneWithoutARigAsksAndTunesNothing()
     {
-        m_server->setRoute("/spot/", potaSpots({QStringLiteral("K1AAA US-1 14061")}));
+        m_server->setRoute("/spot/", potaSpots(QStringLiteral("K1AAA US-1 14061")));
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 1, 5000);
         QTest::keyClick(&w, Qt::Key_J);
@@ -172,7 +180,7 @@ private slots:
 
     void marksOutliveARefreshAndARestart()
     {
-        const QStringList stations{QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 14062")};
+        const QString stations = QStringLiteral("K1AAA US-1 14061, K2BBB US-2 14062");
         m_server->setRoute("/spot/", potaSpots(stations));
         const QString day = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd"));
         {
@@ -194,8 +202,7 @@ private slots:
                      QJsonValue(QStringLiteral("K2BBB")));
 
             // A refresh replaces every row: a newer station on top, both others re-spotted.
-            m_server->setRoute("/spot/",
-                               potaSpots(QStringList{QStringLiteral("K4DDD US-4 7030")} + stations));
+            m_server->setRoute("/spot/", potaSpots(QStringLiteral("K4DDD US-4 7030, ") + stations));
             w.onRefreshAll();
             QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 3, 5000);
             QCOMPARE(statusOf(w, QStringLiteral("K1AAA")), StationSpot::Heard);
@@ -208,19 +215,60 @@ private slots:
         QCOMPARE(statusOf(again, QStringLiteral("K4DDD")), StationSpot::Unknown);
     }
 
-    void bandButtonsAndStatusChoice()
+    // Every configured DX cluster feeds the one table.
+    void twoClustersFeedOneTable()
     {
-        m_server->setRoute(
-            "/spot/", potaSpots({QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 3550")}));
+        ClusterTestServer nodeA;
+        ClusterTestServer nodeB;
+        QVERIFY(nodeA.start());
+        QVERIFY(nodeB.start());
+        nodeA.setLoginReply("Hello N0CALL, this is node A\r\n");
+        nodeB.setLoginReply("Hello N0CALL, this is node B\r\n");
+        writeSettings(
+            QStringLiteral(R"({"callsign": "N0CALL", "sources": {"dx": true}, "dxClusters": [%1, %2]})")
+                .arg(clusterEntry(nodeA), clusterEntry(nodeB))
+                .toUtf8());
+
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 2, 5000);
-        button(w, "bandBtn", QStringLiteral("80m"))->click();
-        QCOMPARE(table(w)->model()->rowCount(), 1);
-        QCOMPARE(readSettings().value(QStringLiteral("disabledBands")).toArray(),
-                 QJsonArray{QStringLiteral("80m")});
-        w.findChild<QComboBox *>()->setCurrentIndex(3); // "Contacted"
-        QCOMPARE(proxy(w)->statusFilter(), 2);
-        QCOMPARE(readSettings().value(QStringLiteral("statusFilter")).toInt(), 3);
+        QCOMPARE(w.findChildren<DxClusterFetcher *>().size(), 2);
+        QTRY_VERIFY_WITH_TIMEOUT(w.findChildren<DxClusterFetcher *>().at(0)->isConnected() &&
+                                     w.findChildren<DxClusterFetcher *>().at(1)->isConnected(),
+                                 5000);
+        QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Connected"));
+        QVERIFY(nodeB.receivedCount("N0CALL") >= 1); // the operator's call, on every node
+
+        nodeA.sendLine(spotLine("W3LPL", 14025.0, "JA1XYZ", "CW 599"));
+        nodeB.sendLine(spotLine("K1TTT", 7074.0, "VK9CA", "FT8"));
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
+        // The same station from both nodes is one row.
+        nodeA.sendLine(spotLine("W3LPL", 21025.0, "EA8/DL1ABC", "CW"));
+        nodeB.sendLine(spotLine("DL1XX", 21025.0, "EA8/DL1ABC", "CW"));
+        QTRY_VERIFY_WITH_TIMEOUT(labelText(w, "statusSpots").contains(QStringLiteral("DX:3")), 5000);
+        QCOMPARE(table(w)->model()->rowCount(), 3);
+
+        // Unticking DX ends both sessions and hides the rows.
+        clickSource(w, QStringLiteral("DX Cluster"));
+        QVERIFY(!w.anyDxConnected());
+        QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Disconnected"));
+        QCOMPARE(table(w)->model()->rowCount(), 0);
+    }
+
+    void tickingDxWithoutCallsignReminds()
+    {
+        ClusterTestServer node;
+        QVERIFY(node.start());
+        node.setLoginReply("Hello GUEST\r\n");
+        writeSettings(QStringLiteral(R"({"dxClusters": [%1]})").arg(clusterEntry(node)).toUtf8());
+        MainWindow w(services());
+        QCOMPARE(node.connectionCount(), 0); // DX is off by default
+        QStringList messages;
+        connect(w.statusBar(), &QStatusBar::messageChanged, &w,
+                [&messages](const QString &m) { messages.append(m); });
+        clickSource(w, QStringLiteral("DX Cluster"));
+        QVERIFY(messages.contains(QStringLiteral("DX cluster: set your callsign in Preferences first")));
+        // Still asked to connect.
+        QTRY_COMPARE_WITH_TIMEOUT(node.connectionCount(), 1, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(messages.contains(QStringLiteral("DX cluster connected — 127.0.0.1")), 5000);
     }
 };
 

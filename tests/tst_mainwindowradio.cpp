@@ -34,11 +34,11 @@ private slots:
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
-        const RigConfig config = daemon.rigConfig();
-        writeSettings(
-            QJsonObject{{QStringLiteral("hamlib"), QJsonObject{{QStringLiteral("rigModel"), config.rigModel},
-                                                               {QStringLiteral("port"), config.port}}}});
-        const QStringList stations{QStringLiteral("K1AAA US-1 14061"), QStringLiteral("K2BBB US-2 7150 SSB")};
+        writeSettings(QStringLiteral(R"({"hamlib": {"rigModel": %1, "port": "%2"}})")
+                          .arg(daemon.rigConfig().rigModel)
+                          .arg(daemon.rigConfig().port)
+                          .toUtf8());
+        const QString stations = QStringLiteral("K1AAA US-1 14061, K2BBB US-2 7150 SSB");
         m_server->setRoute("/spot/", potaSpots(stations));
 
         MainWindow w(services());
@@ -62,7 +62,7 @@ private slots:
         // restored selection leaves the rig alone.
         w.apiSetRadioFreqKhz(14200.0);
         QCOMPARE(rigSetting(w), QStringLiteral("14200.0 LSB"));
-        m_server->setRoute("/spot/", potaSpots(QStringList{QStringLiteral("K4DDD US-4 7030")} + stations));
+        m_server->setRoute("/spot/", potaSpots(QStringLiteral("K4DDD US-4 7030, ") + stations));
         w.onRefreshAll();
         QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 3, 5000);
         QCOMPARE(table(w)->selectionModel()->selectedRows().first().row(), 2);

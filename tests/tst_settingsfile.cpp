@@ -108,9 +108,8 @@ private slots:
     void loadRules()
     {
         QFETCH(QByteArray, input);
-        QFETCH(QByteArray, expected);
         const QJsonObject written = SettingsFile::toJson(SettingsFile::fromJson(parse(input)));
-        const QJsonObject want = parse(expected);
+        const QJsonObject want = parse(fetched<QByteArray>("expected"));
         QVERIFY(QJsonDocument::fromJson(input).isObject() && !want.isEmpty()); // no typo in the row
         for (auto it = want.begin(); it != want.end(); ++it) {
             const QJsonObject got{{it.key(), written.value(it.key())}};

@@ -156,10 +156,9 @@ private slots:
 
     void retryAfter()
     {
-        QFETCH(int, status);
         QFETCH(QByteArray, retryAfter);
         QFETCH(int, quietSecs);
-        m_server->setRoute("/lines", "slow down", status, "text/plain",
+        m_server->setRoute("/lines", "slow down", fetched<int>("status"), "text/plain",
                            retryAfter.isEmpty() ? QByteArray() : "Retry-After: " + retryAfter + "\r\n");
         LineFetcher f(m_server->url());
         qint64 now = k_now;
@@ -279,13 +278,8 @@ private slots:
         }
         s.reference = QStringLiteral("US-1234");
         QCOMPARE(s.key(), QStringLiteral("K1ABC|US-1234|0"));
-        QCOMPARE(s.sourceString(), QStringLiteral("SOTA"));
-        s.source = StationSpot::GMA;
-        QCOMPARE(s.sourceString(), QStringLiteral("GMA"));
-        for (int bad : {7, -1}) {
-            s.source = static_cast<StationSpot::Source>(bad);
-            QCOMPARE(s.sourceString(), QStringLiteral("?"));
-        }
+        s.source = static_cast<StationSpot::Source>(-1); // past the table's end is the log file test's
+        QCOMPARE(s.sourceString(), QStringLiteral("?"));
     }
 
 private:

@@ -91,12 +91,11 @@ class TestWebParsers final : public QObject
 
     static void check(StationSpot::Source source)
     {
-        QFETCH(QByteArray, elements);
-        QFETCH(QStringList, spots);
         QString error;
-        const QList<StationSpot> parsed = services().value(source).parse(reply(source, elements), &error);
+        const QList<StationSpot> parsed =
+            services().value(source).parse(reply(source, fetched<QByteArray>("elements")), &error);
         QCOMPARE(error, QString());
-        QCOMPARE(describe(parsed), spots);
+        QTEST(describe(parsed), "spots");
         for (const StationSpot &s : parsed)
             QCOMPARE(s.source, source);
     }

@@ -16,6 +16,13 @@ using TallisTestApplication = QGuiApplication;
 using TallisTestApplication = QCoreApplication;
 #endif
 
+// The current row's value in a _data column, for a value used once; QFETCH for the rest.
+template <typename T>
+T fetched(const char *column)
+{
+    return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
+}
+
 // Runs a test class with HOME in a fresh temporary directory, so no test ever
 // touches a real ~/.tallis, and with the offscreen platform.
 #define TALLIS_TEST_MAIN(TestClass)                                                                          \

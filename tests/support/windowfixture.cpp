@@ -114,12 +114,12 @@ QString settingsPath()
     return tallisDirPath() + QStringLiteral("/settings.json");
 }
 
-void writeSettings(const QJsonObject &settings)
+void writeSettings(const QByteArray &contents)
 {
     ensureTallisDir();
     QFile file(settingsPath());
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(QJsonDocument(settings).toJson());
+        file.write(contents);
 }
 
 QJsonObject readSettings()
@@ -151,10 +151,10 @@ QByteArray toBody(const QJsonArray &spots)
     return QJsonDocument(spots).toJson(QJsonDocument::Compact);
 }
 
-QByteArray potaSpots(const QStringList &lines)
+QByteArray potaSpots(const QString &stations)
 {
     QJsonArray spots;
-    for (const QString &line : lines) {
+    for (const QString &line : stations.split(QStringLiteral(", "))) {
         const QStringList f = line.split(QLatin1Char(' '));
         spots.append(potaSpot(f.at(0), f.at(1), f.at(2).toDouble(), 60 * int(spots.size() + 1),
                               f.value(3, QStringLiteral("CW"))));

@@ -54,14 +54,15 @@ namespace WindowFixture {
 
 void serveEmptySources(HttpTestServer &server);
 QString settingsPath();
-void writeSettings(const QJsonObject &settings);
+// Writes the settings file as given, in ~/.tallis made if need be.
+void writeSettings(const QByteArray &contents);
 QJsonObject readSettings();
 
 // A POTA spot object as the service sends it, spotted secsAgo seconds ago.
 QJsonObject potaSpot(const QString &call, const QString &reference, double khz, int secsAgo,
                      const QString &mode = QStringLiteral("CW"));
 QByteArray toBody(const QJsonArray &spots);
-// A POTA reply from lines "CALL REFERENCE KHZ [MODE]", newest first, a minute apart.
-QByteArray potaSpots(const QStringList &lines);
+// A POTA reply from "CALL REFERENCE KHZ [MODE]" separated by ", ", newest first, a minute apart.
+QByteArray potaSpots(const QString &stations);
 
 } // namespace WindowFixture

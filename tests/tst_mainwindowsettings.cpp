@@ -115,6 +115,21 @@ private slots:
 
     // A corrupt file gives a first start's defaults, every key written back (the kinds of unusable file
     // are the settings file's own test; the program test sees the first start's file appear).
+    void lastSessionsSpotsShowAtOnce()
+    {
+        m_server->setRoute("/spot/", potaSpots(QStringLiteral("K1AAA US-1 14061, K2BBB US-2 7030")));
+        {
+            MainWindow w(services());
+            QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
+            w.close(); // writes the snapshot
+        }
+        // No source answers this time: the rows come from the snapshot alone.
+        m_server->setHoldReplies(true);
+        MainWindow again(services());
+        QCOMPARE(model(again)->rowCount(), 2);
+        QVERIFY(labelText(again, "statusSpots").startsWith(QStringLiteral("Showing 2 of 2")));
+    }
+
     void corruptFileGivesDefaultsAndIsRewritten()
     {
         writeSettings("{\"callsign\": \"W1A");

@@ -23,6 +23,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTableView>
 #include <QTcpServer>
 #include <QTimer>
@@ -115,6 +116,23 @@ private slots:
 
     // A corrupt file gives a first start's defaults, every key written back (the kinds of unusable file
     // are the settings file's own test; the program test sees the first start's file appear).
+    void preferencesRestartTickedSourcesAndTheApi()
+    {
+        QTcpServer busy;
+        QVERIFY(busy.listen(QHostAddress::LocalHost, 0));
+        writeSettings(R"({"sources": {"pota": false}})");
+        MainWindow w(services());
+        QVERIFY(runDialog<PreferencesDialog>(w, QStringLiteral("&Preferences..."), [&busy](QWidget &d) {
+            field<QSpinBox>(d, "refreshIntervalSpin")->setValue(300);
+            field<QSpinBox>(d, "wsPortSpin")->setValue(busy.serverPort());
+        }));
+        QCOMPARE(w.findChild<SotaSpotFetcher *>()->refreshIntervalMs(), 300000);
+        QVERIFY(!w.findChild<PotaSpotFetcher *>()->isAutoRefreshing());
+        QCOMPARE(w.statusBar()->currentMessage(),
+                 QStringLiteral("WebSocket API: failed to listen on port %1").arg(busy.serverPort()));
+        QCOMPARE(readSettings().value(QStringLiteral("wsPort")).toInt(), busy.serverPort());
+    }
+
     void lastSessionsSpotsShowAtOnce()
     {
         m_server->setRoute("/spot/", potaSpots(QStringLiteral("K1AAA US-1 14061, K2BBB US-2 7030")));

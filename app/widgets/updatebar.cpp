@@ -17,9 +17,10 @@ UpdateBar::UpdateBar(QWidget *parent)
     m_message->setObjectName(QStringLiteral("updateBarLabel"));
     m_message->setTextFormat(Qt::RichText);
     m_message->setOpenExternalLinks(true);
-    m_message->setText(QStringLiteral("A newer version of Tallis is available.&nbsp;"
-                                      "<a href=\"%1\" style=\"color:#7fbf7f;\">Download the new version here</a>")
-                           .arg(QString::fromLatin1(k_downloadUrl)));
+    m_message->setText(
+        QStringLiteral("A newer version of Tallis is available.&nbsp;"
+                       "<a href=\"%1\" style=\"color:#7fbf7f;\">Download the new version here</a>")
+            .arg(QString::fromLatin1(k_downloadUrl)));
 
     m_dismiss->setObjectName(QStringLiteral("updateBarDismiss"));
     m_dismiss->setText(QStringLiteral("×"));

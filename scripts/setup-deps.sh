@@ -10,6 +10,8 @@ PACKAGES=(
   libhamlib-dev libhamlib-utils
   libbenchmark-dev
   xvfb xauth ccache dbus dbus-daemon
+  clang libclang-rt-14-dev
+  dpkg-dev desktop-file-utils appstream
 )
 
 missing=()

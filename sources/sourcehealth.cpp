@@ -60,9 +60,10 @@ void SourceHealth::watch(SpotFetcher *fetcher, const QString &name)
         record->spotCount = spots.size();
         emit changed();
     });
+    // Fetchers go when their owner does, and no signal may reach an owner that
+    // is half destroyed: the record goes quietly.
     connect(fetcher, &QObject::destroyed, this, [this, fetcher] {
         m_records.removeIf([fetcher](const Record &record) { return record.fetcher == fetcher; });
-        emit changed();
     });
     emit changed();
 }

@@ -262,6 +262,16 @@ private slots:
         faulty.stopAutoRefresh();
         QCOMPARE(health.labelText(), QStringLiteral("Sources: all answering"));
         QVERIFY(health.toolTip().split(QLatin1Char('\n')).at(2).startsWith(QStringLiteral("POTA: off; ")));
+
+        // A fetcher that goes is forgotten without a signal: its owner may be going too.
+        QSignalSpy quiet(&health, &SourceHealth::changed);
+        {
+            LineFetcher gone(m_server->url());
+            health.watch(&gone, QStringLiteral("GONE"));
+            quiet.clear();
+        }
+        QCOMPARE(quiet.count(), 0);
+        QCOMPARE(health.toolTip().split(QLatin1Char('\n')).size(), 3);
     }
 
     // The key truncates the frequency toward zero; what has no whole kHz gives 0.

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+// One soak run: the window (a child process running runWindowSide) on local
+// web services holding webSpots spots and a local cluster node sending
+// linesPerSecond "DX de" lines that cycle through dxCalls call signs, while
+// apiClients API clients ask for the status, mark spots and log them.
+struct SoakOptions
+{
+    int webSpots = 5000;
+    int dxCalls = 500;
+    int seconds = 60;
+    int linesPerSecond = 200;
+    int apiClients = 8;
+};
+
+// Prints the figures; 0 when every reply came and every mark and log line
+// reached its file, 1 otherwise, 2 when the run could not be set up.
+int runSoak(const SoakOptions &options, const QString &selfPath);

@@ -1,0 +1,133 @@
+#include "soakwindow.h"
+
+#include "soakstats.h"
+
+#include "app/mainwindow.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <QUrl>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+constexpr int k_tickMs = 50;
+
+void say(const QString &line)
+{
+    std::printf("%s\n", qPrintable(line));
+    std::fflush(stdout);
+}
+
+// Watches the window from inside its event loop: a timer that should fire
+// every 50 ms says how late the loop is, a second timer samples memory.
+class WindowProbe final : public QObject
+{
+public:
+    WindowProbe(MainWindow &window, int expectedRows)
+        : m_window(window)
+        , m_model(window.findChild<StationModel *>())
+        , m_proxy(window.findChild<SpotFilterProxyModel *>())
+        , m_expectedRows(expectedRows)
+        , m_stdin(STDIN_FILENO, QSocketNotifier::Read)
+    {
+        m_tick.setSingleShot(true); // re-armed each time, so each firing is one measurement
+        m_tick.setTimerType(Qt::PreciseTimer);
+        m_tick.setInterval(k_tickMs);
+        connect(&m_tick, &QTimer::timeout, this, &WindowProbe::onTick);
+        m_sample.setInterval(1000);
+        connect(&m_sample, &QTimer::timeout, this, &WindowProbe::onSample);
+        connect(&m_stdin, &QSocketNotifier::activated, this, &WindowProbe::onInput);
+        m_armed.start();
+        m_tick.start();
+        m_sample.start();
+    }
+
+private:
+    int rows() const { return m_model->rowCount(); }
+    int visible() const { return m_proxy->rowCount(); }
+
+    void onTick()
+    {
+        if (m_flood.isValid())
+            m_lag.append(double(m_armed.nsecsElapsed()) / 1e6 - k_tickMs);
+        if (!m_loaded && rows() >= m_expectedRows) {
+            m_loaded = true;
+            say(QStringLiteral("loaded %1 %2").arg(SoakStats::residentKb()).arg(rows()));
+        }
+        m_armed.start();
+        m_tick.start();
+    }
+
+    void onSample()
+    {
+        const qint64 secs = m_flood.isValid() ? m_flood.elapsed() / 1000 : -1;
+        say(QStringLiteral("rss %1 %2 %3 %4")
+                .arg(secs)
+                .arg(SoakStats::residentKb())
+                .arg(rows())
+                .arg(visible()));
+    }
+
+    void onInput()
+    {
+        char buffer[256];
+        const ssize_t n = ::read(STDIN_FILENO, buffer, sizeof(buffer));
+        m_input += QByteArray(buffer, n > 0 ? int(n) : 0);
+        if (n <= 0)
+            m_input += "quit\n"; // the driver went away
+        while (m_input.contains('\n')) {
+            const qsizetype end = m_input.indexOf('\n');
+            const QByteArray line = m_input.left(end).trimmed();
+            m_input.remove(0, end + 1);
+            if (line == "flood") {
+                m_flood.start();
+            } else if (line == "quit") {
+                finish();
+                return;
+            }
+        }
+    }
+
+    void finish()
+    {
+        m_stdin.setEnabled(false);
+        const SoakStats::Summary lag = SoakStats::summarize(m_lag);
+        say(QStringLiteral("lag %1 %2 %3 %4").arg(lag.p50).arg(lag.p99).arg(lag.max).arg(lag.count));
+        say(QStringLiteral("end %1 %2 %3").arg(SoakStats::residentKb()).arg(rows()).arg(visible()));
+        m_window.close(); // saves the settings, as the user's close does
+        QCoreApplication::quit();
+    }
+
+    MainWindow &m_window;
+    StationModel *m_model;
+    SpotFilterProxyModel *m_proxy;
+    const int m_expectedRows;
+    QSocketNotifier m_stdin;
+    QTimer m_tick;
+    QTimer m_sample;
+    QElapsedTimer m_armed;
+    QElapsedTimer m_flood; // valid once the flood has started
+    QList<double> m_lag;
+    QByteArray m_input;
+    bool m_loaded = false;
+};
+
+} // namespace
+
+int runWindowSide(const QUrl &services, int expectedRows)
+{
+    auto window = std::make_unique<MainWindow>(ServiceUrls::allAt(services));
+    window->show();
+    say(QStringLiteral("start %1").arg(SoakStats::residentKb()));
+    WindowProbe probe(*window, expectedRows);
+    const int rc = QApplication::exec();
+    window.reset();
+    return rc;
+}

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The soak: builds the program and tallis_soak, then
+#   1. 5,000 web spots, a cluster node sending 200 lines/s over 500 calls for
+#      60 s, 8 API clients asking, marking and logging;
+#   2. the same flood over 20,000 distinct calls on 8,000 web spots (20,000 rows);
+#   3. the real program's start-up to its first API "hello", 5 runs, in an
+#      empty network namespace where the system allows one.
+# Prints every figure; fails when a reply, mark or log line was lost.
+#   bash scripts/soak.sh [SECONDS]      (default 60)
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
+seconds="${1:-60}"
+
+echo "==> Building tallis and tallis_soak"
+cmake --build "$build" -j"$(nproc)" --target tallis tallis_soak
+soak="$build/bench/soak/tallis_soak"
+[ -x "$soak" ] || { echo "error: tallis_soak was not built (is Google Benchmark installed?)" >&2; exit 1; }
+
+echo "==> Soak 1: 500 calls"
+"$soak" --spots 5000 --calls 500 --seconds "$seconds"
+echo "==> Soak 2: 20,000 calls"
+"$soak" --spots 8000 --calls 20000 --seconds "$seconds"
+
+echo "==> Start-up time"
+if unshare -rn sh -c 'ip link set lo up' >/dev/null 2>&1; then
+  echo "    (in an empty network namespace)"
+  unshare -rn sh -c 'ip link set lo up && exec "$0" --startup "$1" --runs 5' "$soak" "$build/app/tallis"
+else
+  echo "    (no network namespace here: on the host's network)"
+  "$soak" --startup "$build/app/tallis" --runs 5
+fi

@@ -48,14 +48,14 @@ RigSetupCalls RigSetupCalls::through(HamlibLink &link)
     calls.disconnectRig = [&link] { link.disconnectRigAndWait(); };
     calls.frequencyKhz = [&link] {
         double kHz = 0.0;
-        QString mode;
-        return link.readFrequencyAndWait(kHz, mode) ? kHz : 0.0;
+        QString rigMode;
+        return link.readFrequencyAndWait(kHz, rigMode) ? kHz : 0.0;
     };
     calls.mode = [&link] {
         double kHz = 0.0;
-        QString mode;
-        link.readFrequencyAndWait(kHz, mode);
-        return mode;
+        QString rigMode;
+        link.readFrequencyAndWait(kHz, rigMode);
+        return rigMode;
     };
     return calls;
 }

@@ -124,6 +124,13 @@ QDateTime isoTimeAssumingUtc(const QString &text)
         return {};
     if (const QDateTime fast = plainUtcStamp(text); fast.isValid())
         return fast;
+    return isoTimeAssumingUtcByQt(text);
+}
+
+QDateTime isoTimeAssumingUtcByQt(const QString &text)
+{
+    if (text.isEmpty())
+        return {};
     QString stamp = text;
     if (!stamp.endsWith(QLatin1Char('Z')) && !stamp.contains(QLatin1Char('+')))
         stamp.append(QLatin1Char('Z'));

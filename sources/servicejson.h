@@ -46,6 +46,8 @@ QString qrtComment(const QString &comment);
 // offset (the services send no negative offsets; one would get the "Z" and then
 // fail to parse). The result is in UTC, or invalid for empty or unparsable text.
 QDateTime isoTimeAssumingUtc(const QString &text);
+// The same through Qt's ISO reader alone: the fallback, and the yardstick of the fast path.
+QDateTime isoTimeAssumingUtcByQt(const QString &text);
 
 // Walks an array of spot objects in order: elements that are not objects are
 // skipped, and so is every built spot without a call sign.

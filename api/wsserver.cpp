@@ -12,6 +12,8 @@
 #include <QWebSocketCorsAuthenticator>
 #include <QWebSocketServer>
 
+#include <algorithm>
+
 namespace {
 
 const QString k_invalidMessage = QStringLiteral("invalid message: expected {type:\"cmd\",cmd:\"...\"}");
@@ -34,6 +36,7 @@ WsServer::WsServer(ApiBackend *backend, QObject *parent)
     , m_server(new QWebSocketServer(QStringLiteral("Tallis"), QWebSocketServer::NonSecureMode, this))
     , m_statusTimer(new QTimer(this))
     , m_spotsUpdateTimer(new QTimer(this))
+    , m_spotsPump(new QTimer(this))
     , m_commands(apiCommandTable())
 {
     connect(m_server, &QWebSocketServer::newConnection, this, &WsServer::onNewConnection);
@@ -55,6 +58,11 @@ WsServer::WsServer(ApiBackend *backend, QObject *parent)
         m_spotsUpdatePending = false;
         pushSpotsUpdated();
     });
+    // One client's copy per turn of the event loop: eight copies of a large
+    // table in one go would stall everything else.
+    m_spotsPump->setSingleShot(true);
+    m_spotsPump->setInterval(0);
+    connect(m_spotsPump, &QTimer::timeout, this, &WsServer::sendSpotsUpdated);
 }
 
 WsServer::~WsServer()
@@ -80,6 +88,8 @@ void WsServer::stopListening()
 {
     const QList<QWebSocket *> clients = std::exchange(m_clients, {});
     m_ungreeted.clear();
+    m_spotsDue.clear();
+    m_spotsMessage.clear();
     for (QWebSocket *socket : clients) {
         socket->disconnect(this);
         socket->close(QWebSocketProtocol::CloseCodeNormal, QString());
@@ -136,6 +146,7 @@ void WsServer::onNewConnection()
         connect(socket, &QWebSocket::binaryMessageReceived, this,
                 [this, socket](const QByteArray &) { onTextMessage(socket, QString()); });
         connect(socket, &QWebSocket::disconnected, this, [this, socket] { onDisconnected(socket); });
+        connect(socket, &QWebSocket::bytesWritten, this, &WsServer::onBytesWritten);
         QTimer::singleShot(0, socket, [this, socket] { greet(socket); });
     }
 }
@@ -156,16 +167,24 @@ void WsServer::greet(QWebSocket *socket)
 
 void WsServer::onDisconnected(QWebSocket *socket)
 {
-    if (!m_clients.removeOne(socket))
+    if (!m_clients.contains(socket))
         return;
-    m_ungreeted.removeOne(socket);
+    forgetClient(socket);
     socket->deleteLater();
+}
+
+void WsServer::forgetClient(QWebSocket *socket)
+{
+    m_clients.removeOne(socket);
+    m_ungreeted.removeOne(socket);
+    m_spotsDue.removeOne(socket);
+    if (m_spotsDue.isEmpty())
+        m_spotsMessage.clear();
 }
 
 void WsServer::dropClient(QWebSocket *socket)
 {
-    m_clients.removeOne(socket);
-    m_ungreeted.removeOne(socket);
+    forgetClient(socket);
     socket->disconnect(this);
     socket->abort();
     socket->deleteLater();
@@ -233,6 +252,9 @@ void WsServer::broadcast(const QString &event, const QJsonObject &data)
 {
     if (m_clients.isEmpty())
         return;
+    // Clients still due for a table get one built after this event, so none
+    // sees the event undone by an older table.
+    m_spotsMessage.clear();
     broadcastMessage(ApiJson::eventMessage(event, compact(data)));
 }
 
@@ -251,8 +273,51 @@ void WsServer::pushSpotsUpdated()
         m_spotsUpdatePending = true;
         return;
     }
-    broadcastMessage(ApiJson::spotsUpdatedEvent(m_backend->apiVisibleSpots()));
-    m_spotsUpdateTimer->start();
+    const QByteArray table = ApiJson::spotsUpdatedEvent(m_backend->apiVisibleSpots());
+    m_spotsUpdateTimer->start(spotsUpdateHoldMs(table.size()));
+    m_spotsMessage = text(table);
+    m_spotsDue.clear();
+    for (QWebSocket *socket : std::as_const(m_clients)) {
+        if (!m_ungreeted.contains(socket))
+            m_spotsDue.append(socket);
+    }
+    sendSpotsUpdated();
+}
+
+int WsServer::spotsUpdateHoldMs(qint64 tableBytes)
+{
+    return int(std::max<qint64>(k_spotsUpdateHoldMs, tableBytes / k_spotsUpdateHoldBytesPerMs));
+}
+
+bool WsServer::isBehind(const QWebSocket *socket)
+{
+    return socket->bytesToWrite() > k_spotsBacklogBytes;
+}
+
+void WsServer::sendSpotsUpdated()
+{
+    // Clients are served in turn, a few at a time: a copy of a large table
+    // per client, all at once, would multiply the memory it takes.
+    if (std::count_if(m_clients.cbegin(), m_clients.cend(), isBehind) >= k_spotsCopiesInFlight)
+        return; // a bytesWritten brings the pump back
+    const auto next = std::find_if_not(m_spotsDue.cbegin(), m_spotsDue.cend(), isBehind);
+    if (next == m_spotsDue.cend())
+        return;
+    QWebSocket *socket = *next;
+    m_spotsDue.removeOne(socket);
+    if (m_spotsMessage.isEmpty())
+        m_spotsMessage = text(ApiJson::spotsUpdatedEvent(m_backend->apiVisibleSpots()));
+    send(socket, m_spotsMessage);
+    if (m_spotsDue.isEmpty())
+        m_spotsMessage.clear(); // a large table is not held a moment longer than needed
+    else
+        m_spotsPump->start();
+}
+
+void WsServer::onBytesWritten()
+{
+    if (!m_spotsDue.isEmpty() && !m_spotsPump->isActive())
+        m_spotsPump->start();
 }
 
 void WsServer::pushSpotStatusChanged(const QString &key, StationSpot::Status status)

@@ -26,9 +26,16 @@ class WsServer final : public QObject
 
 public:
     static constexpr int k_heartbeatMs = 1000;
-    // "spots.updated" goes out at once, then at most once per this interval
-    // while merges keep coming, carrying the state at the time it is sent.
+    // "spots.updated" goes out at once, then at most once per hold while
+    // merges keep coming, carrying the state at the time it is built. The hold
+    // is 250 ms, and longer for big tables (250 ms a megabyte), so a flood into
+    // a large table costs each client a few megabytes a second at most.
     static constexpr int k_spotsUpdateHoldMs = 250;
+    static constexpr qint64 k_spotsUpdateHoldBytesPerMs = 1024 * 1024 / 250;
+    // A client with more than this still unsent skips tables until it has
+    // caught up, and then gets the newest: never two tables queued for one.
+    static constexpr qint64 k_spotsBacklogBytes = 1024 * 1024;
+    static constexpr int k_spotsCopiesInFlight = 2;
     static constexpr int k_maxClients = 64;
     static constexpr qint64 k_maxIncomingMessageBytes = 1024 * 1024;
     static constexpr qint64 k_maxUnsentBytes = 16 * 1024 * 1024;
@@ -59,6 +66,7 @@ public:
     void pushError(const QString &message);
 
     static bool isLocalOrigin(const QString &origin);
+    static int spotsUpdateHoldMs(qint64 tableBytes);
 
 private:
     void onNewConnection();
@@ -69,6 +77,10 @@ private:
     void handleCommand(QWebSocket *socket, const QJsonObject &msg);
     void pushRadioFrequencyEvent(const QString &event, double kHz, const QString &mode);
     void broadcastMessage(const QByteArray &utf8);
+    void sendSpotsUpdated();
+    void onBytesWritten();
+    static bool isBehind(const QWebSocket *socket);
+    void forgetClient(QWebSocket *socket);
     void send(QWebSocket *socket, const QString &message);
     void dropClient(QWebSocket *socket);
     ApiContext context() const;
@@ -77,7 +89,12 @@ private:
     QWebSocketServer *m_server;
     QTimer *m_statusTimer;
     QTimer *m_spotsUpdateTimer;
+    QTimer *m_spotsPump;
     bool m_spotsUpdatePending = false;
+    // The newest table, kept until every client due for it has it; empty when
+    // it has to be built again (an event went out after it was built).
+    QString m_spotsMessage;
+    QList<QWebSocket *> m_spotsDue;
     QList<QWebSocket *> m_clients;   // in order of connection
     QList<QWebSocket *> m_ungreeted; // connected, "hello" not yet sent
     const QHash<QString, ApiCommand> m_commands;

@@ -1,3 +1,4 @@
+#include "app/heaptrimmer.h"
 #include "app/mainwindow.h"
 #include "buildinfo.h"
 
@@ -18,6 +19,7 @@ int main(int argc, char *argv[])
     }
 
     QApplication app(argc, argv);
+    const HeapTrimmer heapTrimmer;
     QApplication::setOrganizationName(QStringLiteral("Brightwater"));
     QApplication::setOrganizationDomain(QStringLiteral("brightwater.example"));
     QApplication::setApplicationName(QStringLiteral("Tallis"));

@@ -369,6 +369,9 @@ void Soak::flood()
                                [](const auto &c) { return c->pending() == 0; });
         },
         20000);
+    // The end figure is the settled one: the last table has reached every
+    // client (its hold is 1.5 s at 20,000 rows). The peak is reported apart.
+    waitUntil([] { return false; }, 3000);
     m_window.write("quit\n");
     waitUntil([this] { return m_report.ended; }, 30000);
     m_window.waitForFinished(30000);

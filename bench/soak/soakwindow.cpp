@@ -2,6 +2,7 @@
 
 #include "soakstats.h"
 
+#include "app/heaptrimmer.h"
 #include "app/mainwindow.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
@@ -123,6 +124,7 @@ private:
 
 int runWindowSide(const QUrl &services, int expectedRows)
 {
+    const HeapTrimmer heapTrimmer; // as the program's main has
     auto window = std::make_unique<MainWindow>(ServiceUrls::allAt(services));
     window->show();
     say(QStringLiteral("start %1").arg(SoakStats::residentKb()));

@@ -1,25 +1,17 @@
 #include "app/mainwindow.h"
 
-#include "api/wsserver.h"
-#include "app/coordinatecache.h"
 #include "app/dialogs/dxclustersdialog.h"
 #include "app/dialogs/lwbridgedialog.h"
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
-#include "app/logexport.h"
-#include "app/spotingestor.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
-#include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
-#include "app/widgets/radiopanel.h"
 #include "app/widgets/spottable.h"
-#include "app/widgets/updatebar.h"
-#include "model/spotfilterproxymodel.h"
-#include "model/stationmodel.h"
+#include "app/widgets/windowlayout.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/lwclient.h"
 #include "sources/botaspotfetcher.h"
@@ -31,22 +23,14 @@
 #include "sources/wwbotaspotfetcher.h"
 #include "sources/wwffspotfetcher.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QCloseEvent>
-#include <QFile>
 #include <QHeaderView>
 #include <QJsonObject>
 #include <QLineEdit>
-#include <QMenuBar>
 #include <QNetworkAccessManager>
 #include <QPushButton>
-#include <QSplitter>
 #include <QStatusBar>
-#include <QThread>
 #include <QTimer>
-#include <QToolBar>
-#include <QVBoxLayout>
 
 MainWindow::MainWindow(QWidget *parent)
     : MainWindow(ServiceUrls::defaults(), parent)
@@ -73,12 +57,11 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
     , m_sourceHealth(new SourceHealth(this))
-    , m_alerts(new AlertCenter(&m_worked, this))
+    , m_desk(*m_model, *m_proxy)
+    , m_alerts(new AlertCenter(&m_desk.worked(), this))
     , m_snapshotTimer(new QTimer(this))
 {
     registerStationSpotMetaTypes();
-    m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
-    m_reconnectTimer->setObjectName(QStringLiteral("rigReconnectTimer"));
     m_proxy->setSourceModel(m_model);
     ensureTallisDir();
     setupUi();
@@ -88,11 +71,11 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadContactStatus();
     loadCoordCache();
     loadJsonSettings();
-    m_worked.reload();
+    m_desk.reloadWorked();
     applyHideWorked();
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
-    connect(m_table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
+    connect(m_ui.table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
             &MainWindow::saveJsonSettings);
 
     wireSources();
@@ -115,38 +98,23 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     startApiServer();
     startBridge();
     // The operator's keys belong to the table from the start, not to the search field.
-    m_table->setFocus(Qt::OtherFocusReason);
+    m_ui.table->setFocus(Qt::OtherFocusReason);
 }
 
 MainWindow::~MainWindow()
 {
     m_pollTimer->stop();
     m_reconnectTimer->stop();
-    m_rigThread->quit();
-    m_rigThread->wait(3000);
+    m_rigLink->stopWorkerThread(3000);
     // Its shutdown reports a disconnection that nobody is left to show.
     m_rig->disconnect();
     delete m_rig;
     m_rig = nullptr;
 }
 
-void MainWindow::closeEvent(QCloseEvent *event)
-{
-    saveJsonSettings();
-    saveSpotSnapshot();
-    event->accept();
-}
-
 void MainWindow::loadSpotSnapshot()
 {
-    const QMap<StationSpot::Source, QList<StationSpot>> bySource =
-        m_snapshot.read(QDateTime::currentMSecsSinceEpoch());
-    QList<StationSpot> seen;
-    for (const QList<StationSpot> &spots : bySource) {
-        m_model->mergeSpots(spots);
-        seen += spots;
-    }
-    applyPersistedStatuses();
+    const QList<StationSpot> seen = m_desk.restoreSnapshot(QDateTime::currentMSecsSinceEpoch());
     if (!seen.isEmpty())
         updateSpotCounts();
     m_alerts->seed(seen);
@@ -155,41 +123,6 @@ void MainWindow::loadSpotSnapshot()
     connect(m_snapshotTimer, &QTimer::timeout, this, &MainWindow::saveSpotSnapshot);
     m_snapshotTimer->start(120000);
 }
-
-void MainWindow::saveSpotSnapshot() const
-{
-    m_snapshot.write(m_model->spots(), QDateTime::currentMSecsSinceEpoch());
-}
-
-void MainWindow::applyHideWorked()
-{
-    m_proxy->setHiddenTest(m_filter.hideWorked
-                               ? SpotFilterProxyModel::HiddenTest([this](const StationSpot &spot) {
-                                     return m_worked.isWorkedOnBand(spot);
-                                 })
-                               : SpotFilterProxyModel::HiddenTest());
-}
-
-void MainWindow::noteLogged(const StationSpot &spot)
-{
-    m_contactLog.append(spot, m_settings.callsign);
-    m_worked.addContact(spot, m_contactLog.now());
-    if (m_filter.hideWorked)
-        applyHideWorked();
-}
-
-void MainWindow::selectSpot(const QString &key)
-{
-    // As a click would: the window comes forward and the row is selected.
-    showNormal();
-    raise();
-    activateWindow();
-    const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
-    if (row >= 0)
-        m_table->selectViewRow(row);
-}
-
-// ---- interface ------------------------------------------------------------
 
 void MainWindow::setupUi()
 {
@@ -202,87 +135,56 @@ void MainWindow::setupUi()
 
 void MainWindow::setupMenuBar()
 {
-    QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
-    file->addAction(QStringLiteral("&Refresh All"), this, &MainWindow::onRefreshAll)
-        ->setShortcut(QKeySequence::Refresh);
-    file->addSeparator();
-    file->addAction(QStringLiteral("Export &SOTA Log (CSV)"), this, &MainWindow::exportSotaLog);
-    file->addAction(QStringLiteral("Export &POTA Log (ADIF)"), this, &MainWindow::exportPotaLog);
-    file->addAction(QStringLiteral("&Clear Spots"), this, [this] {
+    m_ui.buildMenuBar(*this);
+    connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
+    connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
+    connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
         m_model->clearSpots();
         updateSpotCounts();
     });
-    file->addAction(QStringLiteral("&Quit"), this, &QWidget::close);
-    menuBar()
-        ->addMenu(QStringLiteral("&Settings"))
-        ->addAction(QStringLiteral("&Preferences..."), this, &MainWindow::onPreferences);
-    QMenu *radio = menuBar()->addMenu(QStringLiteral("&Radio"));
-    radio->addAction(QStringLiteral("Radio &Setup..."), this, &MainWindow::onRadioSetup);
-    radio->addAction(QStringLiteral("&Disconnect Radio"), m_rigLink, &HamlibLink::disconnectRig);
-    radio->addAction(QStringLiteral("DX &Cluster Setup..."), this, &MainWindow::onDxClusterSetup);
-    radio->addAction(QStringLiteral("Lampwick &Bridge..."), this, &MainWindow::onLwBridgeSetup);
-    menuBar()->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"), this, [this] {
-        WindowDialogs::showAbout(this);
-    });
-}
-
-void MainWindow::setupToolBar()
-{
-    QToolBar *bar = addToolBar(QStringLiteral("Main"));
-    bar->setObjectName(QStringLiteral("mainToolbar"));
-    bar->setMovable(false);
-    bar->addAction(QStringLiteral("Refresh All"), this, &MainWindow::onRefreshAll);
-    m_labels.addToToolBar(bar);
+    connect(m_ui.quit, &QAction::triggered, this, &QWidget::close);
+    connect(m_ui.preferences, &QAction::triggered, this, &MainWindow::onPreferences);
+    connect(m_ui.radioSetup, &QAction::triggered, this, &MainWindow::onRadioSetup);
+    connect(m_ui.disconnectRadio, &QAction::triggered, m_rigLink, &HamlibLink::disconnectRig);
+    connect(m_ui.dxClusterSetup, &QAction::triggered, this, &MainWindow::onDxClusterSetup);
+    connect(m_ui.lwBridgeSetup, &QAction::triggered, this, &MainWindow::onLwBridgeSetup);
+    connect(m_ui.about, &QAction::triggered, this, [this] { WindowDialogs::showAbout(this); });
 }
 
 void MainWindow::setupCentralWidget()
 {
-    auto *central = new QWidget(this);
-    auto *layout = new QVBoxLayout(central);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-
-    m_filterBar = new FilterBar(central);
-    connect(m_filterBar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
-    connect(m_filterBar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
-    connect(m_filterBar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
-    connect(m_filterBar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
-    connect(m_filterBar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
-    connect(m_filterBar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
-    connect(m_filterBar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
-    m_updateBar = new UpdateBar(central);
-
-    m_splitter = new QSplitter(Qt::Horizontal, central);
-    m_table = new SpotTable(m_proxy, m_splitter);
-    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+    m_ui.buildCentralWidget(*this, m_proxy);
+    const FilterBar *bar = m_ui.filterBar;
+    connect(bar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
+    connect(bar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
+    connect(bar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
+    connect(bar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
+    connect(bar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
+    connect(bar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
+    connect(bar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
+    connect(m_ui.table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::onSelectionChanged);
-    m_detailPanel = new DetailPanel(m_splitter);
-    connect(m_detailPanel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
-    connect(m_detailPanel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
-    connect(m_detailPanel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
-    connect(m_detailPanel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+    const DetailPanel *panel = m_ui.detailPanel;
+    connect(panel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
+    connect(panel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
+    connect(panel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
+    connect(panel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
-    m_splitter->setStretchFactor(0, 3);
-    m_splitter->setStretchFactor(1, 1);
+}
 
-    layout->addWidget(m_filterBar);
-    layout->addWidget(m_updateBar);
-    layout->addWidget(m_splitter, 1);
-    setCentralWidget(central);
+void MainWindow::setupStatusBar()
+{
+    m_labels.addToStatusBar(statusBar());
+    m_sourcesView = new SourcesView(m_sourceHealth, m_ingestor, m_dxClusters, m_labels, statusBar(), this);
 }
 
 void MainWindow::wireRadioPanel()
 {
-    // The panel's own controls always address the rig, also while the bridge has the radio.
-    m_radioPanel = m_detailPanel->radioPanel();
-    m_radioPanel->attachAutoAtuCheck(m_filterBar->autoAtuCheck());
-    connect(m_radioPanel, &RadioPanel::volumeChanged, m_rigLink, &HamlibLink::setVolume);
-    connect(m_radioPanel, &RadioPanel::rfPowerChanged, m_rigLink, &HamlibLink::setRfPower);
-    connect(m_radioPanel, &RadioPanel::muteToggled, m_rigLink, &HamlibLink::setMute);
-    connect(m_radioPanel, &RadioPanel::filterChosen, m_rigLink, &HamlibLink::setFilter);
-    connect(m_radioPanel, &RadioPanel::breakInChosen, m_rigLink, &HamlibLink::setBreakIn);
-    connect(m_radioPanel, &RadioPanel::keySpeedChanged, m_rigLink, &HamlibLink::setKeySpeed);
+    m_radioPanel = m_ui.detailPanel->radioPanel();
+    m_radioPanel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
+    m_radioPanel->driveRig(m_rigLink);
     connect(m_radioPanel, &RadioPanel::tuneAtuClicked, this, [this] {
         m_rigLink->startTune();
         statusBar()->showMessage(QStringLiteral("ATU tuning cycle started."), 4000);
@@ -293,49 +195,18 @@ void MainWindow::wireRadioPanel()
     });
 }
 
-void MainWindow::setupStatusBar()
-{
-    m_labels.addToStatusBar(statusBar());
-}
-
-void MainWindow::applyStyleSheet()
-{
-    QFile file(QStringLiteral(":/style.qss"));
-    if (file.open(QIODevice::ReadOnly))
-        qApp->setStyleSheet(QString::fromUtf8(file.readAll()));
-}
-
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     // In the search field the letters are text.
-    if (m_filterBar->searchEdit()->hasFocus())
+    if (m_ui.filterBar->searchEdit()->hasFocus())
         return QMainWindow::keyPressEvent(event);
-    const auto clickIfEnabled = [](QPushButton *button) {
-        if (button->isEnabled())
-            button->click();
-    };
-    switch (event->key()) {
-    case Qt::Key_H:
-        return clickIfEnabled(m_detailPanel->heardButton());
-    case Qt::Key_U:
-    case Qt::Key_Q:
-        return clickIfEnabled(m_detailPanel->unheardButton());
-    case Qt::Key_L:
-        return clickIfEnabled(m_detailPanel->addToLogButton());
-    case Qt::Key_T:
-        return clickIfEnabled(m_detailPanel->tuneButton());
-    case Qt::Key_J:
-    case Qt::Key_K:
-        if (m_table->stepSelection(event->key() == Qt::Key_J ? 1 : -1))
-            return;
-        break;
-    default:
-        break;
-    }
+    const int key = event->key();
+    if (m_ui.detailPanel->clickForKey(key))
+        return;
+    if ((key == Qt::Key_J || key == Qt::Key_K) && m_ui.table->stepSelection(key == Qt::Key_J ? 1 : -1))
+        return;
     QMainWindow::keyPressEvent(event);
 }
-
-// ---- spots ----------------------------------------------------------------
 
 void MainWindow::wireSources()
 {
@@ -347,32 +218,15 @@ void MainWindow::wireSources()
         connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
         connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
         connect(fetcher, &SpotFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
-        connect(fetcher, &SpotFetcher::notice, this,
-                [this](const QString &text) { statusBar()->showMessage(text, 8000); });
-        if (source != StationSpot::BOTA)
-            m_sourceHealth->watch(fetcher, StationSpot::sourceName(source));
+        m_sourcesView->watch(source, fetcher);
     }
     // Refresh order: SOTA first.
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
         m_ingestor->addWebSource(source, fetcher);
-
-    const auto showHealth = [this] {
-        m_labels.showSources(m_sourceHealth->labelText(), m_sourceHealth->toolTip());
-    };
-    connect(m_sourceHealth, &SourceHealth::changed, this, showHealth);
-    showHealth();
     connect(m_ingestor, &SpotIngestor::aboutToMerge, this,
-            [this] { m_selection.rememberRow(m_table->selectedRow()); });
+            [this] { m_selection.rememberRow(m_ui.table->selectedRow()); });
     connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
-    connect(m_ingestor, &SpotIngestor::allAnswered, this,
-            [this](const QDateTime &at) { m_labels.showRefreshed(at); });
-}
-
-void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
-{
-    m_alerts->processBatch(spots);
-    m_ingestor->receive(spots);
 }
 
 void MainWindow::afterMerge(const QList<StationSpot> &batch)
@@ -385,38 +239,13 @@ void MainWindow::afterMerge(const QList<StationSpot> &batch)
     if (row < 0)
         return;
     const SelectionKeeper::Restoring restoring(m_selection);
-    m_table->selectViewRow(row);
-}
-
-void MainWindow::onFetchStarted()
-{
-    m_ingestor->noteFetchStarted();
-    if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()))
-        statusBar()->showMessage(QStringLiteral("Connecting to DX cluster %1…").arg(dx->host()), 10000);
-    else
-        statusBar()->showMessage(QStringLiteral("Consulting the celestial registry…"), 3000);
-}
-
-void MainWindow::onFetchError(const QString &error)
-{
-    m_ingestor->noteFetchError();
-    statusBar()->showMessage(QStringLiteral("The oracles have failed us: %1").arg(error), 8000);
-}
-
-void MainWindow::updateSpotCounts()
-{
-    m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount()));
-}
-
-void MainWindow::onRefreshAll()
-{
-    m_ingestor->refreshAll(m_filter);
+    m_ui.table->selectViewRow(row);
 }
 
 void MainWindow::applyFilter(bool save)
 {
     const bool hideWorked = m_filter.hideWorked;
-    m_filterBar->updateState(m_filter);
+    m_ui.filterBar->updateState(m_filter);
     m_filter.applyTo(*m_proxy);
     if (m_filter.hideWorked != hideWorked)
         applyHideWorked();
@@ -429,18 +258,11 @@ void MainWindow::applyFilter(bool save)
 
 void MainWindow::onSourceFilterChanged()
 {
-    m_filterBar->updateState(m_filter);
+    m_ui.filterBar->updateState(m_filter);
     m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
-    if (m_filter.isSourceEnabled(StationSpot::DX)) {
-        if (m_settings.callsign.isEmpty())
-            statusBar()->showMessage(QStringLiteral("DX cluster: set your callsign in Preferences first"),
-                                     8000);
-        m_dxClusters.connectAll();
-    } else {
-        m_dxClusters.disconnectAll();
-        // A deliberate disconnect is not announced by the clients themselves.
-        m_labels.showDxConnected(anyDxConnected());
-    }
+    const bool dxOn = m_filter.isSourceEnabled(StationSpot::DX);
+    dxOn ? m_dxClusters.connectAll() : m_dxClusters.disconnectAll();
+    m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
     applyFilter(true);
 }
 
@@ -454,101 +276,34 @@ void MainWindow::createDxFetchers()
     });
 }
 
-void MainWindow::onDxConnectionChanged(bool connected)
-{
-    m_labels.showDxConnected(anyDxConnected());
-    if (!connected)
-        return statusBar()->showMessage(QStringLiteral("DX cluster disconnected."), 4000);
-    QString host;
-    if (auto *dx = qobject_cast<DxClusterFetcher *>(sender()); dx && !dx->host().isEmpty())
-        host = QStringLiteral(" — %1").arg(dx->host());
-    statusBar()->showMessage(QStringLiteral("DX cluster connected%1").arg(host), 5000);
-}
-
-StationSpot MainWindow::spotForKey(const QString &key) const
-{
-    return m_model->spotAt(SelectionKeeper::modelRowForKey(*m_model, key));
-}
-
 void MainWindow::onSelectionChanged()
 {
-    const int row = m_table->selectedRow();
+    const int row = m_ui.table->selectedRow();
     if (row < 0) {
         m_selection.setSelectedKey(QString());
         m_model->setHighlightGroup(0);
-        return m_detailPanel->clear();
+        return m_ui.detailPanel->clear();
     }
     const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
     m_model->setHighlightGroup(spot.groupId);
-    QStringList partners;
-    for (const StationSpot &other :
-         m_model->findMultiOpPartners(spot.reference, spot.frequencyKhz, spot.spotTime, spot.callsign))
-        partners.append(other.callsign);
-    m_detailPanel->showSpot(spot, partners.join(QStringLiteral(", ")));
-    m_detailPanel->showWorked(m_worked.detailText(spot));
-
-    if (m_selection.isRestoring() || spot.frequencyKhz <= 0 ||
-        !(isLwBridgeActive() || m_rigLink->isConnected()))
-        return;
-    tuneStation(spot.frequencyKhz, spot.mode);
-    if (m_settings.autoAtu && m_radioPanel->canTune()) {
-        m_radio->startTune();
-        statusBar()->showMessage(
-            QStringLiteral("Tuned to %1 kHz — ATU cycle triggered.").arg(spot.frequencyKhz, 0, 'f', 0), 4000);
-    }
-}
-
-// ---- marks, the log, positions --------------------------------------------
-
-void MainWindow::markSelected(StationSpot::Status status)
-{
-    const QString key = m_selection.selectedKey();
-    if (m_statusStore.markSelection(*m_model, key, status, ContactStatusStore::Spread::SimilarAndGroup)
-            .isEmpty())
-        return;
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, status);
-    onSelectionChanged();
+    m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
+    m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
+    if (!m_selection.isRestoring())
+        m_radioView->tuneTo(spot.frequencyKhz, spot.mode, m_settings.autoAtu);
 }
 
 void MainWindow::onAddToLog()
 {
     const QString key = m_selection.selectedKey();
-    const StationSpot spot = spotForKey(key);
-    if (m_statusStore
-            .markSelection(*m_model, key, StationSpot::Contacted, ContactStatusStore::Spread::SimilarOnly)
-            .isEmpty())
+    const QString notice = m_desk.logSelection(key, m_settings.callsign);
+    if (notice.isEmpty())
         return;
-    noteLogged(spot);
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
-    statusBar()->showMessage(m_contactLog.loggedMessage(spot), 6000);
+    statusBar()->showMessage(notice, 6000);
     onSelectionChanged();
 }
-
-void MainWindow::exportLog(const ExportFormat &format)
-{
-    const QList<ContactRow> rows =
-        LogExport::collectRows(m_model->spots(), format.source, m_statusStore, m_statusStore.now());
-    const QString notice = WindowDialogs::exportLog(
-        this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
-    if (!notice.isEmpty())
-        statusBar()->showMessage(notice, 6000);
-}
-
-void MainWindow::loadCoordCache()
-{
-    connect(m_coords, &CoordinateCache::referenceLocated, m_model, &StationModel::setReferenceLocation);
-    m_coords->load();
-}
-
-void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
-{
-    m_coords->queueLookups(batch);
-}
-
-// ---- radio ----------------------------------------------------------------
 
 void MainWindow::wireRig()
 {
@@ -558,10 +313,7 @@ void MainWindow::wireRig()
     connect(m_rig, &HamlibController::error, this,
             [this](const QString &message) { statusBar()->showMessage(message, 5000); });
 
-    m_rigThread = new QThread(this);
-    m_rigThread->setObjectName(QStringLiteral("rigThread"));
-    m_rig->moveToThread(m_rigThread);
-    m_rigThread->start(QThread::InheritPriority);
+    m_rigThread = m_rigLink->startWorkerThread(this);
 
     m_pollTimer->setInterval(500);
     connect(m_pollTimer, &QTimer::timeout, m_rig, &HamlibController::requestPoll);
@@ -608,11 +360,8 @@ void MainWindow::onTuneClicked()
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
-    if (spot.frequencyKhz > 0)
-        tuneStation(spot.frequencyKhz, spot.mode);
+    m_radioView->tuneTo(spot.frequencyKhz, spot.mode, false);
 }
-
-// ---- dialogs --------------------------------------------------------------
 
 void MainWindow::onPreferences()
 {
@@ -626,8 +375,7 @@ void MainWindow::onPreferences()
     m_filter.applyTo(*m_proxy);
     applyPreferences();
     m_ingestor->applySourceChoice(m_filter, s.refreshIntervalSecs);
-    for (DxClusterFetcher *dx : m_dxClusters.clients())
-        dx->setCallsign(s.callsign);
+    m_dxClusters.setCallsign(s.callsign);
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
         m_wsServer->stopListening();
         startApiServer();
@@ -667,14 +415,9 @@ void MainWindow::onLwBridgeSetup()
     if (dialog.exec() != QDialog::Accepted)
         return;
     const LwBridgeSettings chosen = dialog.settings();
-    const bool retarget = m_settings.lwHost != chosen.host || m_settings.lwPort != chosen.port;
     chosen.applyTo(m_settings);
-    m_lwClient->setTarget(chosen.host, chosen.port);
     m_radio->setBridgeEnabled(chosen.enabled);
-    // A new target while linked takes effect at once, not at the next drop.
-    if (retarget)
-        m_lwClient->setEnabled(false);
-    m_lwClient->setEnabled(chosen.enabled);
+    m_lwClient->retarget(chosen.host, chosen.port, chosen.enabled);
     saveJsonSettings();
 }
 
@@ -686,17 +429,9 @@ void MainWindow::onProgramsClicked()
         return;
     m_filter.potaPrograms = dialog.selection().potaPrograms;
     m_filter.sotaAssociations = dialog.selection().sotaAssociations;
-    m_filterBar->setProgramFilterActive(m_filter.hasProgramFilter());
+    m_ui.filterBar->setProgramFilterActive(m_filter.hasProgramFilter());
     applyFilter(true);
 }
-
-void MainWindow::onUpdateAvailable(const QString &buildTime)
-{
-    Q_UNUSED(buildTime)
-    m_updateBar->show();
-}
-
-// ---- settings -------------------------------------------------------------
 
 void MainWindow::loadJsonSettings()
 {
@@ -710,7 +445,7 @@ void MainWindow::loadJsonSettings()
     if (m_settings.fileExisted)
         applySettingsToWidgets();
     else
-        resize(1200, 680);
+        WindowLayout::applyDefaultSize(*this);
     m_loadingSettings = false;
 }
 
@@ -725,42 +460,9 @@ void MainWindow::applyPreferences()
         m_model->setUserLocation(s.latitude, s.longitude);
     else
         m_model->clearUserLocation();
-    m_table->showDistanceColumns(s.hasUserLocation);
+    m_ui.table->showDistanceColumns(s.hasUserLocation);
     m_coords->setLookupsEnabled(s.hasUserLocation);
 }
-
-void MainWindow::applySettingsToWidgets()
-{
-    const AppSettings &s = m_settings;
-    m_filterBar->setState(m_filter);
-    m_filter.applyTo(*m_proxy);
-    updateSpotCounts();
-    m_table->sortByColumn(s.sortColumn, s.sortOrder);
-    if (s.windowGeometry.isEmpty() || !restoreGeometry(s.windowGeometry))
-        resize(1200, 680);
-    if (!s.windowState.isEmpty())
-        restoreState(s.windowState, 0);
-    if (!s.splitterState.isEmpty())
-        m_splitter->restoreState(s.splitterState);
-    m_filterBar->autoAtuCheck()->setChecked(s.autoAtu);
-}
-
-void MainWindow::saveJsonSettings()
-{
-    if (m_loadingSettings)
-        return;
-    m_settings.setFilterState(m_filter);
-    if (m_table->horizontalHeader()->sortIndicatorSection() >= 0)
-        m_settings.sortColumn = m_table->horizontalHeader()->sortIndicatorSection();
-    m_settings.sortOrder = m_table->horizontalHeader()->sortIndicatorOrder();
-    m_settings.autoAtu = m_filterBar->autoAtuCheck()->isChecked();
-    m_settings.windowGeometry = saveGeometry();
-    m_settings.windowState = saveState(0);
-    m_settings.splitterState = m_splitter->saveState();
-    SettingsFile(settingsFilePath()).save(m_settings);
-}
-
-// ---- API ------------------------------------------------------------------
 
 void MainWindow::apiConfigSet(const QJsonObject &config)
 {
@@ -776,43 +478,4 @@ void MainWindow::apiConfigSet(const QJsonObject &config)
     }
     saveJsonSettings();
     m_wsServer->pushConfigChanged();
-}
-
-void MainWindow::apiFilterSet(const QJsonObject &filter)
-{
-    m_filter.mergeApiJson(filter);
-    m_filterBar->setState(m_filter);
-    applyHideWorked();
-    onSourceFilterChanged(); // every filter, the sources' refresh and the DX link; saves; pushes
-}
-
-bool MainWindow::apiTuneToSpot(const QString &key)
-{
-    const StationSpot spot = spotForKey(key);
-    if (spot.frequencyKhz <= 0 || !(isLwBridgeActive() || m_rigLink->isConnected()))
-        return false;
-    tuneStation(spot.frequencyKhz, spot.mode);
-    return true;
-}
-
-void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
-{
-    m_statusStore.markKey(*m_model, key, status);
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, status);
-}
-
-bool MainWindow::apiLogSpot(const QString &key)
-{
-    // Only the line: no mark, no status recorded.
-    if (SelectionKeeper::modelRowForKey(*m_model, key) < 0)
-        return false;
-    noteLogged(spotForKey(key));
-    return true;
-}
-
-void MainWindow::apiRadioConnect()
-{
-    if (!m_rigLink->isConnected())
-        m_rigLink->connectRig(m_settings.rig);
 }

@@ -1,17 +1,25 @@
 #pragma once
 
 #include "api/apibackend.h"
-#include "app/contactlog.h"
-#include "app/contactstatusstore.h"
+#include "api/wsserver.h"
+#include "app/coordinatecache.h"
+#include "app/dialogs/windowdialogs.h"
 #include "app/logexport.h"
 #include "app/selectionkeeper.h"
 #include "app/serviceurls.h"
 #include "app/settingsfile.h"
-#include "app/spotsnapshot.h"
+#include "app/spotingestor.h"
+#include "app/stationdesk.h"
+#include "app/widgets/alertcenter.h"
+#include "app/widgets/filterbar.h"
+#include "app/widgets/mainwindowui.h"
 #include "app/widgets/radiopanel.h"
 #include "app/widgets/radioview.h"
+#include "app/widgets/sourcesview.h"
+#include "app/widgets/spottable.h"
+#include "app/widgets/updatebar.h"
 #include "app/widgets/windowlabels.h"
-#include "app/workedindex.h"
+#include "app/widgets/windowlayout.h"
 #include "model/filterstate.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
@@ -21,14 +29,15 @@
 #include "radio/rigtypes.h"
 #include "sources/dxclusterpool.h"
 
+#include <QAction>
+#include <QCheckBox>
+#include <QCloseEvent>
 #include <QList>
 #include <QMainWindow>
+#include <QStatusBar>
 
-class AlertCenter;
 class BotaSpotFetcher;
-class CoordinateCache;
 class DetailPanel;
-class FilterBar;
 class GmaSpotFetcher;
 class HamlibController;
 class LwClient;
@@ -39,11 +48,7 @@ class QThread;
 class QTimer;
 class SotaSpotFetcher;
 class SourceHealth;
-class SpotIngestor;
-class SpotTable;
-class UpdateBar;
 class UpdateChecker;
-class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
 struct ExportFormat;
@@ -79,11 +84,30 @@ public:
     QJsonObject apiConfigGet() const override { return m_settings.apiConfig(); }
     void apiConfigSet(const QJsonObject &config) override;
     QJsonObject apiFilterGet() const override { return m_filter.toApiJson(); }
-    void apiFilterSet(const QJsonObject &filter) override;
-    bool apiTuneToSpot(const QString &key) override;
-    void apiSetSpotStatus(const QString &key, StationSpot::Status status) override;
-    bool apiLogSpot(const QString &key) override;
-    void apiRadioConnect() override;
+    void apiFilterSet(const QJsonObject &filter) override
+    {
+        m_filter.mergeApiJson(filter);
+        m_ui.filterBar->setState(m_filter);
+        applyHideWorked();
+        onSourceFilterChanged(); // every filter, the sources' refresh and the DX link; saves; pushes
+    }
+    bool apiTuneToSpot(const QString &key) override
+    {
+        const StationSpot spot = spotForKey(key);
+        return m_radioView->tuneTo(spot.frequencyKhz, spot.mode, false);
+    }
+    void apiSetSpotStatus(const QString &key, StationSpot::Status status) override
+    {
+        m_desk.statusStore().markKey(*m_model, key, status);
+        saveJsonSettings();
+        m_wsServer->pushSpotStatusChanged(key, status);
+    }
+    bool apiLogSpot(const QString &key) override { return m_desk.logKey(key, m_settings.callsign); }
+    void apiRadioConnect() override
+    {
+        if (!m_rigLink->isConnected())
+            m_rigLink->connectRig(m_settings.rig);
+    }
     void apiRadioDisconnect() override { m_rigLink->disconnectRig(); }
     void apiSetRadioFreqKhz(double kHz) override { m_radio->target().setFrequency(kHz); }
     // Always the rig, re-tuning the last known frequency in the new mode.
@@ -97,18 +121,43 @@ public:
     void apiRefresh() override { onRefreshAll(); }
 
 public slots:
-    void onRefreshAll();
-    void saveJsonSettings();
+    void onRefreshAll() { m_ingestor->refreshAll(m_filter); }
+    void saveJsonSettings()
+    {
+        if (m_loadingSettings)
+            return;
+        m_settings.setFilterState(m_filter);
+        m_settings.autoAtu = m_ui.filterBar->autoAtuCheck()->isChecked();
+        WindowLayout::capture(*this, *m_ui.table, *m_ui.splitter, m_settings);
+        SettingsFile(settingsFilePath()).save(m_settings);
+    }
 
 protected:
-    void closeEvent(QCloseEvent *event) override;
+    void closeEvent(QCloseEvent *event) override
+    {
+        saveJsonSettings();
+        saveSpotSnapshot();
+        event->accept();
+    }
     void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
-    void onSpotsReady(const QList<StationSpot> &spots);
-    void onFetchError(const QString &error);
-    void onFetchStarted();
-    void onDxConnectionChanged(bool connected);
+    void onSpotsReady(const QList<StationSpot> &spots)
+    {
+        m_alerts->processBatch(spots);
+        m_ingestor->receive(spots);
+    }
+    void onFetchError(const QString &error)
+    {
+        m_ingestor->noteFetchError();
+        m_sourcesView->fetchFailed(error);
+    }
+    void onFetchStarted()
+    {
+        m_ingestor->noteFetchStarted();
+        m_sourcesView->fetchStarted(sender());
+    }
+    void onDxConnectionChanged(bool connected) { m_sourcesView->dxConnectionChanged(connected, sender()); }
     void onSourceFilterChanged();
     void onModeFilterChanged() { applyFilter(true); }
     void onBandFilterChanged() { applyFilter(true); }
@@ -126,7 +175,7 @@ private slots:
     void onDxClusterSetup();
     void onLwBridgeSetup();
     void onProgramsClicked();
-    void onUpdateAvailable(const QString &buildTime);
+    void onUpdateAvailable(const QString &) { m_ui.updateBar->show(); }
     void onRadioConnectionChanged(bool connected) { m_radioView->rigConnectionChanged(connected); }
     void onCapabilitiesChanged(const RadioCaps &caps) { m_radioPanel->applyCapabilities(caps); }
     void onRadioStateRead(const RadioState &state) { m_radioPanel->applyState(state); }
@@ -143,40 +192,78 @@ private slots:
 private:
     void setupUi();
     void setupMenuBar();
-    void setupToolBar();
+    void setupToolBar()
+    {
+        m_ui.buildToolBar(*this, m_labels);
+        connect(m_ui.toolBarRefreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
+    }
     void setupCentralWidget();
     void setupStatusBar();
-    void applyStyleSheet();
+    void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
 
-    void loadContactStatus() { m_statusStore.load(ContactStatusStore::defaultFilePath()); }
-    void loadCoordCache();
+    void loadContactStatus() { m_desk.loadStatuses(); }
+    void loadCoordCache()
+    {
+        connect(m_coords, &CoordinateCache::referenceLocated, m_model, &StationModel::setReferenceLocation);
+        m_coords->load();
+    }
     void loadJsonSettings();
-    void applySettingsToWidgets();
+    void applySettingsToWidgets()
+    {
+        m_ui.filterBar->setState(m_filter);
+        m_filter.applyTo(*m_proxy);
+        updateSpotCounts();
+        WindowLayout::restore(*this, *m_ui.table, *m_ui.splitter, m_settings);
+        m_ui.filterBar->autoAtuCheck()->setChecked(m_settings.autoAtu);
+    }
     // What the preferences hold, on the model, labels, table and helpers.
     void applyPreferences();
-    void applyPersistedStatuses() { m_statusStore.applyTo(*m_model); }
+    void applyPersistedStatuses() { m_desk.applyPersistedStatuses(); }
     // Spots of the last session, shown at once until each source answers.
     void loadSpotSnapshot();
-    void saveSpotSnapshot() const;
-    void applyHideWorked();
-    void noteLogged(const StationSpot &spot);
-    void selectSpot(const QString &key);
-    void queueCoordLookups(const QList<StationSpot> &batch);
-    void updateSpotCounts();
+    void saveSpotSnapshot() const { m_desk.saveSnapshot(QDateTime::currentMSecsSinceEpoch()); }
+    void applyHideWorked() { m_desk.setHideWorked(m_filter.hideWorked); }
+    void selectSpot(const QString &key)
+    {
+        // As a click would: the window comes forward and the row is selected.
+        showNormal();
+        raise();
+        activateWindow();
+        const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
+        if (row >= 0)
+            m_ui.table->selectViewRow(row);
+    }
+    void queueCoordLookups(const QList<StationSpot> &batch) { m_coords->queueLookups(batch); }
+    void updateSpotCounts() { m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount())); }
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
     // Filter changes: read the bar, apply, count, save (unless only the search changed), push.
     void applyFilter(bool save);
-    void markSelected(StationSpot::Status status);
-    void exportLog(const ExportFormat &format);
+    void markSelected(StationSpot::Status status)
+    {
+        const QString key = m_selection.selectedKey();
+        if (!m_desk.markSelection(key, status))
+            return;
+        saveJsonSettings();
+        m_wsServer->pushSpotStatusChanged(key, status);
+        onSelectionChanged();
+    }
+    void exportLog(const ExportFormat &format)
+    {
+        const QList<ContactRow> rows = m_desk.exportRows(format.source);
+        const QString notice = WindowDialogs::exportLog(
+            this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
+        if (!notice.isEmpty())
+            statusBar()->showMessage(notice, 6000);
+    }
     void tuneStation(double kHz, const QString &mode) { m_radioView->tuned(kHz, m_radio->tune(kHz, mode)); }
-    StationSpot spotForKey(const QString &key) const;
+    StationSpot spotForKey(const QString &key) const { return m_desk.spotForKey(key); }
 
     // Owned objects, in creation order.
     StationModel *m_model;
@@ -201,10 +288,7 @@ private:
     CoordinateCache *m_coords;
     SpotIngestor *m_ingestor;
     SourceHealth *m_sourceHealth;
-    ContactStatusStore m_statusStore;
-    ContactLog m_contactLog;
-    WorkedIndex m_worked;
-    SpotSnapshot m_snapshot;
+    StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
 
@@ -214,12 +298,9 @@ private:
     bool m_loadingSettings = false;
 
     // Widgets.
+    MainWindowUi m_ui;
     WindowLabels m_labels;
-    FilterBar *m_filterBar = nullptr;
-    SpotTable *m_table = nullptr;
-    DetailPanel *m_detailPanel = nullptr;
     RadioPanel *m_radioPanel = nullptr;
     RadioView *m_radioView = nullptr;
-    UpdateBar *m_updateBar = nullptr;
-    QSplitter *m_splitter = nullptr;
+    SourcesView *m_sourcesView = nullptr;
 };

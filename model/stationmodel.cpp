@@ -77,6 +77,15 @@ QList<StationSpot> StationModel::findMultiOpPartners(const QString &reference, d
     return partners;
 }
 
+QStringList StationModel::multiOpPartnerCalls(const StationSpot &spot) const
+{
+    QStringList calls;
+    for (const StationSpot &other :
+         findMultiOpPartners(spot.reference, spot.frequencyKhz, spot.spotTime, spot.callsign))
+        calls.append(other.callsign);
+    return calls;
+}
+
 QStringList StationModel::keysInGroup(int groupId) const
 {
     QStringList keys;

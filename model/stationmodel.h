@@ -81,6 +81,8 @@ public:
     // Other operators at the same reference close in frequency and time.
     QList<StationSpot> findMultiOpPartners(const QString &reference, double freqKhz, const QDateTime &time,
                                            const QString &callsign) const;
+    // The calls of findMultiOpPartners for spot, for the detail panel.
+    QStringList multiOpPartnerCalls(const StationSpot &spot) const;
     QStringList keysInGroup(int groupId) const;
     QStringList potaPrograms() const;
     QStringList sotaAssociations() const;

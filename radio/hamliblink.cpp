@@ -11,6 +11,23 @@ HamlibLink::HamlibLink(HamlibController *rig, QObject *parent)
 
 HamlibLink::~HamlibLink() = default;
 
+QThread *HamlibLink::startWorkerThread(QObject *threadParent)
+{
+    m_thread = new QThread(threadParent);
+    m_thread->setObjectName(QStringLiteral("rigThread"));
+    m_rig->moveToThread(m_thread);
+    m_thread->start(QThread::InheritPriority);
+    return m_thread;
+}
+
+void HamlibLink::stopWorkerThread(int waitMs)
+{
+    if (!m_thread)
+        return;
+    m_thread->quit();
+    m_thread->wait(waitMs);
+}
+
 template <typename Call>
 void HamlibLink::post(Call call)
 {

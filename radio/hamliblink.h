@@ -8,6 +8,7 @@
 #include <QStringList>
 
 class HamlibController;
+class QThread;
 
 // The only way into the rig controller from another thread. Every call is a
 // typed functor queued to the controller's thread, so a misspelt operation is
@@ -23,6 +24,11 @@ public:
     ~HamlibLink() override;
 
     HamlibController *controller() const { return m_rig; }
+    // Moves the controller to a thread of its own, a child of threadParent,
+    // and starts it; from then on only the calls below reach it.
+    QThread *startWorkerThread(QObject *threadParent);
+    // Asks the thread to finish and waits for it at most waitMs.
+    void stopWorkerThread(int waitMs);
     // The controller's atomic flag: safe from any thread.
     bool isConnected() const;
 
@@ -51,4 +57,5 @@ private:
     void post(Call call);
 
     HamlibController *m_rig;
+    QThread *m_thread = nullptr;
 };

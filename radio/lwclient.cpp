@@ -51,6 +51,15 @@ void LwClient::setEnabled(bool on)
     }
 }
 
+void LwClient::retarget(const QString &host, quint16 port, bool enabled)
+{
+    const bool moved = host != m_host || port != m_port;
+    setTarget(host, port);
+    if (moved)
+        setEnabled(false);
+    setEnabled(enabled);
+}
+
 void LwClient::attemptConnect()
 {
     if (m_linked)

@@ -29,6 +29,9 @@ public:
     quint16 port() const { return m_port; }
 
     void setEnabled(bool on);
+    // The bridge settings changed: a new target while linked takes effect at
+    // once, not at the next drop.
+    void retarget(const QString &host, quint16 port, bool enabled);
     bool isEnabled() const { return m_enabled; }
     bool isLinked() const { return m_linked; }
     const QTimer *reconnectTimer() const { return m_reconnectTimer; }

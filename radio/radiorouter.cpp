@@ -11,7 +11,10 @@ RadioRouter::RadioRouter(HamlibLink *rig, QTimer *pollTimer, QTimer *reconnectTi
     , m_rig(rig)
     , m_pollTimer(pollTimer)
     , m_reconnectTimer(reconnectTimer)
-{}
+{
+    m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
+    m_reconnectTimer->setObjectName(QStringLiteral("rigReconnectTimer"));
+}
 
 RadioRouter::~RadioRouter() = default;
 

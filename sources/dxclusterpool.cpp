@@ -28,6 +28,12 @@ void DxClusterPool::rebuild(const QList<DxClusterEntry> &nodes, const QString &c
     }
 }
 
+void DxClusterPool::setCallsign(const QString &callsign) const
+{
+    for (DxClusterFetcher *client : m_clients)
+        client->setCallsign(callsign);
+}
+
 void DxClusterPool::connectAll() const
 {
     for (DxClusterFetcher *client : m_clients)

@@ -39,6 +39,8 @@ public:
     void rebuild(const QList<DxClusterEntry> &nodes, const QString &callsign, const Wiring &wire);
     void connectAll() const;
     void disconnectAll() const;
+    // A new call sign goes to every client; it logs in with it next time.
+    void setCallsign(const QString &callsign) const;
     bool anyConnected() const;
     const QList<DxClusterFetcher *> &clients() const { return m_clients; }
 

@@ -1,5 +1,7 @@
 #include "app/widgets/radiopanel.h"
 
+#include "radio/hamliblink.h"
+
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -252,4 +254,14 @@ void RadioPanel::showDisconnected()
 {
     m_frequency->setText(QStringLiteral("NOT CONNECTED"));
     m_mode->clear();
+}
+
+void RadioPanel::driveRig(HamlibLink *rig)
+{
+    connect(this, &RadioPanel::volumeChanged, rig, &HamlibLink::setVolume);
+    connect(this, &RadioPanel::rfPowerChanged, rig, &HamlibLink::setRfPower);
+    connect(this, &RadioPanel::muteToggled, rig, &HamlibLink::setMute);
+    connect(this, &RadioPanel::filterChosen, rig, &HamlibLink::setFilter);
+    connect(this, &RadioPanel::breakInChosen, rig, &HamlibLink::setBreakIn);
+    connect(this, &RadioPanel::keySpeedChanged, rig, &HamlibLink::setKeySpeed);
 }

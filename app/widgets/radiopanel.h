@@ -2,6 +2,8 @@
 
 #include "radio/rigtypes.h"
 
+class HamlibLink;
+
 #include <QFrame>
 
 #include <array>
@@ -56,6 +58,10 @@ public:
     QPushButton *breakInButton(int breakIn) const { return m_breakIn.at(size_t(breakIn)); }
     QSpinBox *keySpeedSpin() const { return m_keySpeed; }
     QPushButton *tuneAtuButton() const { return m_tuneAtu; }
+
+    // The panel's own controls always address the rig, also while the
+    // bridge has the radio.
+    void driveRig(HamlibLink *rig);
 
 signals:
     void volumeChanged(int volume);

@@ -72,6 +72,19 @@ void RadioView::bridgeRigChanged(bool connected, bool bridgeEnabled)
         m_labels.showBridgeRig(connected);
 }
 
+bool RadioView::tuneTo(double kHz, const QString &mode, bool autoAtu)
+{
+    if (kHz <= 0 || !(m_router->isBridgeActive() || m_router->isRigConnected()))
+        return false;
+    tuned(kHz, m_router->tune(kHz, mode));
+    if (autoAtu && m_panel->canTune()) {
+        m_router->startTune();
+        m_statusBar->showMessage(QStringLiteral("Tuned to %1 kHz — ATU cycle triggered.").arg(kHz, 0, 'f', 0),
+                                 4000);
+    }
+    return true;
+}
+
 void RadioView::tuned(double kHz, bool viaBridge)
 {
     m_statusBar->showMessage(

@@ -37,6 +37,9 @@ public:
     void bridgeRigChanged(bool connected, bool bridgeEnabled);
     // Shows the tune notice; the tune itself is the router's.
     void tuned(double kHz, bool viaBridge);
+    // Tunes when a radio path is up and the frequency is known, with a tuner
+    // cycle after it when autoAtu is asked and the rig can. False when not tuned.
+    bool tuneTo(double kHz, const QString &mode, bool autoAtu);
 
 private:
     RadioRouter *m_router;

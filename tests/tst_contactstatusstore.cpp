@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <memory>
 
@@ -18,12 +17,6 @@ namespace {
 QDateTime utc(const char *iso)
 {
     return QDateTime::fromString(QLatin1String(iso), Qt::ISODate).toUTC();
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 constexpr qint64 k_now = 1'790'000'000'000;
@@ -138,24 +131,6 @@ private slots:
         QCOMPARE(makeStore().marks().contains(key), live);
     }
 
-    void markSurvivesRebuildAndRestart()
-    {
-        const QList<StationSpot> batch =
-            spots(QStringLiteral("POTA K1ABC US-1234 14062.7, SOTA W7XYZ W7W/KG-001 7032"));
-        m_model->mergeSpots(batch);
-        ContactStatusStore store = makeStore();
-        const QStringList key{batch.at(0).key()};
-        QCOMPARE(store.markSelection(*m_model, key.at(0), StationSpot::NotHeard, Spread::SimilarOnly), key);
-
-        // A refresh that rebuilds every row forgets the mark until it is applied.
-        m_model->clearSpots();
-        m_model->mergeSpots(batch);
-        QVERIFY(keysMarked(StationSpot::NotHeard).isEmpty());
-        QCOMPARE(store.applyTo(*m_model), 1);
-        QCOMPARE(keysMarked(StationSpot::NotHeard), key);
-        QCOMPARE(store.applyTo(*m_model), 0); // already shown: nothing repainted
-    }
-
     void spreading_data()
     {
         QTest::addColumn<int>("status");
@@ -205,7 +180,7 @@ private slots:
         QVERIFY(!QFile::exists(store.filePath()));
     }
 
-    void fileShape()
+    void marksFile()
     {
         ContactStatusStore store = makeStore();
         store.record(QStringLiteral("W7XYZ|W7W/KG-001|7032"), StationSpot::Contacted);
@@ -218,30 +193,22 @@ private slots:
             QStringLiteral("[\n%1,\n%2\n]\n")
                 .arg(entry.arg(QStringLiteral("K1ABC|US-1234|14062")).arg(1).arg(stamp),
                      entry.arg(QStringLiteral("W7XYZ|W7W/KG-001|7032")).arg(2).arg(stamp));
-        QCOMPARE(QString::fromUtf8(readAll(store.filePath())), expected);
-    }
+        QCOMPARE(QString::fromUtf8(readFile(store.filePath())), expected);
 
-    void failedWriteKeepsOldFileAndMark()
-    {
-        // The target is a directory holding a file: no write can replace it.
-        ContactStatusStore store = makeStore();
-        QVERIFY(QDir().mkpath(store.filePath()));
-        QFile inside(store.filePath() + QStringLiteral("/old"));
-        QVERIFY(inside.open(QIODevice::WriteOnly));
-        inside.write("old");
-        inside.close();
+        // A directory holding a file where the file should be: no write can replace it.
+        QVERIFY(QFile::remove(store.filePath()) && QDir().mkpath(store.filePath()));
+        QVERIFY(writeFile(store.filePath() + QStringLiteral("/old"), "old"));
 
         m_model->mergeSpots({k1abc()});
-        store.markKey(*m_model, k1abc().key(), StationSpot::Heard);
+        store.markKey(*m_model, k1abc().key(), StationSpot::NotHeard);
         QVERIFY(!store.save());
-        QVERIFY(store.marks().contains(k1abc().key()));
-        QVERIFY(inside.open(QIODevice::ReadOnly));
-        QCOMPARE(inside.readAll(), QByteArray("old"));
+        QCOMPARE(store.marks().value(k1abc().key()).status, StationSpot::NotHeard);
+        QCOMPARE(readFile(store.filePath() + QStringLiteral("/old")), QByteArray("old"));
         // No half-written copy is left beside it.
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList());
     }
 
-    void logLineBytes()
+    void contactLog()
     {
         StationSpot s = contacted(QStringLiteral("POTA K1ABC US-1234 14062.7"), QStringLiteral("CW"));
         s.referenceName = QStringLiteral("Öland \"Park\"");
@@ -259,27 +226,23 @@ private slots:
         s.spotTime = QDateTime();
         QVERIFY(
             ContactLog::recordLine(s, QString(), utc("2026-11-14T17:52:23Z")).contains("\"spot_time\":\"\""));
-    }
 
-    void logMidnightSplitsFilesAndAppends()
-    {
         QDateTime now = utc("2026-11-14T23:59:59Z");
         const ContactLog log(m_dir->filePath(QStringLiteral("logs")), [&now] { return now; });
-        StationSpot s = contacted(QStringLiteral("SOTA G4ABC G/LD-001 7032.0"), QStringLiteral("CW"));
+        s = contacted(QStringLiteral("SOTA G4ABC G/LD-001 7032.0"), QStringLiteral("CW"));
         const QString before = log.directory() + QStringLiteral("/contacts-sota-2026-11-14.jsonl");
         const QString after = log.directory() + QStringLiteral("/contacts-sota-2026-11-15.jsonl");
         QCOMPARE(log.filePath(s), before);
         QCOMPARE(log.loggedMessage(s),
                  QStringLiteral(
                      "Contact with G4ABC recorded — logged to ~/.tallis/contacts-sota-2026-11-14.jsonl"));
-        QVERIFY(log.append(s, QString()));
-        QVERIFY(log.append(s, QString()));
+        QVERIFY(log.append(s, QString()) && log.append(s, QString()));
         now = utc("2026-11-15T00:00:01Z");
         QVERIFY(log.append(s, QString()));
 
         const QByteArray first = ContactLog::recordLine(s, QString(), utc("2026-11-14T23:59:59Z"));
-        QCOMPARE(readAll(before), first + first);
-        QCOMPARE(readAll(after), ContactLog::recordLine(s, QString(), now));
+        QCOMPARE(readFile(before), first + first);
+        QCOMPARE(readFile(after), ContactLog::recordLine(s, QString(), now));
         // An out-of-range source still gets its own file.
         s.source = StationSpot::Source(9);
         QCOMPARE(QFileInfo(log.filePath(s)).fileName(), QStringLiteral("contacts-?-2026-11-15.jsonl"));
@@ -324,14 +287,12 @@ private slots:
         // An astral character counts once.
         QCOMPARE(LogExport::adifField(QStringLiteral("COMMENT"), QStringLiteral("73 \U0001F3D4")),
                  QStringLiteral("<COMMENT:4>73 \U0001F3D4 "));
-    }
 
-    void writeTextFile()
-    {
+        // Written whole over a longer text, as UTF-8; a directory in the way fails.
         const QString path = m_dir->filePath(QStringLiteral("sota-log.csv"));
-        QVERIFY(LogExport::writeTextFile(path, QStringLiteral("a longer first text\n")));
-        QVERIFY(LogExport::writeTextFile(path, QStringLiteral("V2,Ö\n")));
-        QCOMPARE(readAll(path), QByteArray("V2,\xc3\x96\n"));
+        QVERIFY(LogExport::writeTextFile(path, QStringLiteral("a longer first text\n")) &&
+                LogExport::writeTextFile(path, QStringLiteral("V2,Ö\n")));
+        QCOMPARE(readFile(path), QByteArray("V2,\xc3\x96\n"));
         QVERIFY(!LogExport::writeTextFile(m_dir->path(), QStringLiteral("x")));
     }
 
@@ -344,7 +305,6 @@ private slots:
                                        fullSpot(StationSpot::SOTA, QStringLiteral("OLD"), 3 * k_hour + 1)};
         const SpotSnapshot snapshot; // the data directory under the test's HOME
         QVERIFY(snapshot.write(spots, k_now));
-        QVERIFY(QFile::exists(QDir::homePath() + QStringLiteral("/.tallis/spots-snapshot.json")));
 
         const auto bySource = snapshot.read(k_now);
         QCOMPARE(bySource.keys(), (QList{StationSpot::SOTA, StationSpot::DX, StationSpot::GMA}));
@@ -374,10 +334,7 @@ private slots:
         QVERIFY(snapshot.write({fullSpot(StationSpot::POTA, QStringLiteral("K1ABC"), 0),
                                 fullSpot(StationSpot::POTA, QStringLiteral("W1AW"), -1)},
                                k_now));
-        QFile file(snapshot.filePath());
-        QVERIFY(content.isEmpty() ||
-                (file.open(QIODevice::WriteOnly) && file.write(content) == content.size()));
-        file.close();
+        QVERIFY(content.isEmpty() || writeFile(snapshot.filePath(), content));
         QVERIFY(snapshot.read(fetched<qint64>("readAt")).isEmpty());
     }
 };

@@ -1,38 +1,30 @@
 #include "support/testmain.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 
-// Runs the real program binary as a user would, in a private network
-// namespace: the program resolves the public services at start and takes no
-// host setting, so nothing of a test run may reach the network.
+// Runs the real program binary as a user would, in a private network namespace: the program resolves the
+// public services at start and takes no host setting, so nothing of a test run may reach the network.
 class TestProgram final : public QObject
 {
     Q_OBJECT
 
 private:
-    static void startIsolated(QProcess &process, const QStringList &args)
-    {
-        process.start(QStringLiteral("unshare"),
-                      QStringList{QStringLiteral("-rn"), QStringLiteral(TALLIS_BINARY)} + args);
-    }
-
-    static QProcessEnvironment environmentWithHome(const QString &home)
+    static void startIsolated(QProcess &process, const QString &home, const QStringList &args)
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("HOME"), home);
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        return env;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral("unshare"),
+                      QStringList{QStringLiteral("-rn"), QStringLiteral(TALLIS_BINARY)} + args);
     }
 
     // Starts the program and waits until it has written its settings file,
     // which happens at the end of the window's construction.
     static void startAndAwaitWindow(QProcess &process, const QString &home, const QStringList &args)
     {
-        process.setProcessEnvironment(environmentWithHome(home));
-        startIsolated(process, args);
+        startIsolated(process, home, args);
         QVERIFY(process.waitForStarted(10000));
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(home + QStringLiteral("/.tallis/settings.json")), 20000);
         QCOMPARE(process.state(), QProcess::Running);
@@ -56,8 +48,7 @@ private slots:
                                         {QStringLiteral("--foo"), QStringLiteral("--text")}};
         for (const QStringList &args : variants) {
             QProcess process;
-            process.setProcessEnvironment(environmentWithHome(home.path()));
-            startIsolated(process, args);
+            startIsolated(process, home.path(), args);
             QVERIFY(process.waitForFinished(10000));
             QCOMPARE(process.exitStatus(), QProcess::NormalExit);
             QCOMPARE(process.exitCode(), 1);
@@ -76,9 +67,7 @@ private slots:
     {
         for (const QString &arg : {QStringLiteral("--TEXT"), QStringLiteral("--text=1")}) {
             QTemporaryDir home;
-            QFile plain(home.path() + QStringLiteral("/.tallis"));
-            QVERIFY(plain.open(QIODevice::WriteOnly) && plain.write("not a directory") > 0);
-            plain.close();
+            QVERIFY(writeFile(home.path() + QStringLiteral("/.tallis"), "not a directory"));
             QProcess process;
             startAndAwaitWindow(process, home.path(), {arg});
             QVERIFY(QFileInfo(home.path() + QStringLiteral("/.tallis")).isDir());

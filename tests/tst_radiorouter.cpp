@@ -118,16 +118,6 @@ private slots:
         delete m_controller;
     }
 
-    // Tuning and reading back through the link is the active path's test.
-    void linkListsRigsAndDisconnects()
-    {
-        QVERIFY(m_link->connectRigAndWait(RigConfig()));
-        QVERIFY(m_link->availableRigsAndWait().contains(QStringLiteral("1 — Hamlib Dummy")));
-        m_link->disconnectRigAndWait();
-        QVERIFY(!m_link->isConnected());
-        QCOMPARE(rigReading(), QStringLiteral("not connected"));
-    }
-
     void timersFollowTheRig_data()
     {
         QTest::addColumn<bool>("connected");
@@ -159,8 +149,7 @@ private slots:
         QCOMPARE(m_poll.isActive(), polling);
         QCOMPARE(m_reconnect.isActive(), reconnecting);
         router.onBridgeLinked();
-        QVERIFY(!m_poll.isActive());
-        QVERIFY(!m_reconnect.isActive());
+        QVERIFY(!m_poll.isActive() && !m_reconnect.isActive());
         router.onBridgeUnlinked();
         QCOMPARE(m_poll.isActive(), polling);
         QCOMPARE(m_reconnect.isActive(), reconnecting);
@@ -196,6 +185,9 @@ private slots:
         const QStringList bridgeCalls{QStringLiteral("tune 14074 USB"), QStringLiteral("startTune")};
         QCOMPARE(bridge.calls, viaBridge ? bridgeCalls : QStringList());
         QCOMPARE(rigReading(), viaBridge ? QStringLiteral("7030 CW") : QStringLiteral("14074 USB"));
+        m_link->disconnectRigAndWait(); // the rig list through the link is the window's radio set-up test
+        QVERIFY(!m_link->isConnected());
+        QCOMPARE(rigReading(), QStringLiteral("not connected"));
     }
 
     // A poll's 0 kHz keeps the last frequency, the bridge's is taken as it comes.
@@ -292,32 +284,20 @@ private slots:
         QVERIFY(timer->isActive());
         QCOMPARE(timer->interval(), LwClient::k_reconnectMs);
         client.startTune(); // dropped while unlinked, using no number
+
+        // An attempt that finds nobody is no news for the program; the timer goes on.
+        const quint16 port = lw.server.serverPort();
+        lw.server.close();
+        QSignalSpy refused(client.findChild<QWebSocket *>(), &QWebSocket::disconnected);
         timer->setInterval(10);
-        timer->start();
+        QVERIFY(refused.wait(5000));
+        QCoreApplication::processEvents();
+        QCOMPARE(unlinked.size(), 1);
+        QVERIFY(timer->isActive());
+        QVERIFY(lw.server.listen(QHostAddress::LocalHost, port));
         QVERIFY(linked.wait(5000));
         QTRY_COMPARE(lw.received.size(), 3);
         QCOMPARE(lw.received.last(), cmd(3, "link.announce", R"({"controller":"Tallis"})"));
-    }
-
-    // Nothing to link to: an attempt at once, then the timer; no news for the program.
-    void bridgeAbsentCompanion()
-    {
-        quint16 port = 0;
-        {
-            CompanionServer gone;
-            port = gone.server.serverPort();
-        }
-        LwClient client;
-        client.setTarget(QStringLiteral("127.0.0.1"), port);
-        QSignalSpy linked(&client, &LwClient::connectedToLw);
-        QSignalSpy unlinked(&client, &LwClient::disconnectedFromLw);
-        QSignalSpy refused(client.findChild<QWebSocket *>(), &QWebSocket::disconnected);
-        client.setEnabled(true);
-        QVERIFY(refused.wait(5000));
-        QCoreApplication::processEvents();
-        QCOMPARE(linked.size(), 0);
-        QCOMPARE(unlinked.size(), 0);
-        QVERIFY(client.reconnectTimer()->isActive());
     }
 };
 

@@ -5,10 +5,7 @@
 #include "model/spotfilterproxymodel.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/dxclusterpool.h"
-#include "sources/potaspotfetcher.h"
-#include "sources/wwffspotfetcher.h"
 #include "support/clustertestserver.h"
-#include "support/httptestserver.h"
 #include "support/modeltest.h"
 #include "support/testmain.h"
 
@@ -120,32 +117,6 @@ private slots:
         QCOMPARE(allAnswered.size(), 0);
     }
 
-    void webSourcesFollowTheSourceChoice()
-    {
-        HttpTestServer server;
-        QVERIFY(server.start());
-        server.setRoute("/spot/", "[]");
-        PotaSpotFetcher pota(nullptr, server.url());
-        WwffSpotFetcher wwff(nullptr, server.url());
-        SpotIngestor ingestor(m_model);
-        ingestor.addWebSource(StationSpot::POTA, &pota);
-        ingestor.addWebSource(StationSpot::WWFF, &wwff);
-        QSignalSpy wwffStarted(&wwff, &SpotFetcher::fetchStarted);
-        FilterState filter;
-        filter.sources[StationSpot::WWFF] = false;
-
-        ingestor.refreshAll(filter);
-        QTRY_COMPARE(server.requestCount("/spot/"), 1);
-        QCOMPARE(server.requestCount(), 1);
-        QCOMPARE(wwffStarted.size(), 0);
-
-        wwff.startAutoRefresh(60);
-        ingestor.applySourceChoice(filter, 300);
-        QVERIFY(pota.isAutoRefreshing());
-        QCOMPARE(pota.refreshIntervalMs(), 300000);
-        QVERIFY(!wwff.isAutoRefreshing());
-    }
-
     void selectionRestore_data() // spots A, B and C, newest first; N is newer still
     {
         QTest::addColumn<QString>("selected");
@@ -188,6 +159,7 @@ private slots:
         QTEST(keeper.rowToRestore(proxy, *m_model), "row");
     }
 
+    // Wiring, both connected and disconnecting all are the window's two-cluster test.
     void dxPool()
     {
         ClusterTestServer node;
@@ -195,25 +167,13 @@ private slots:
         QVERIFY(node.start() && closed.start());
         node.setLoginReply("Hello K1ABC\r\n");
         closed.stopListening();
-        QObject owner;
-        DxClusterPool pool(&owner);
-        QList<DxClusterFetcher *> wired;
-        const auto wire = [&wired](DxClusterFetcher *client) { wired << client; };
+        DxClusterPool pool(this);
         const QString local = QStringLiteral("127.0.0.1");
-        pool.rebuild({{local, closed.port()}, {local, node.port()}}, QStringLiteral("K1ABC"), wire);
-        QCOMPARE(wired, pool.clients());
-        QCOMPARE(pool.clients().size(), 2);
-        QCOMPARE(pool.clients().at(1)->parent(), &owner);
-        QVERIFY(!pool.anyConnected());
-
+        pool.rebuild({{local, closed.port()}, {local, node.port()}}, QStringLiteral("K1ABC"), [](auto *) {});
         pool.connectAll();
         QTRY_VERIFY(pool.anyConnected()); // one of the two is enough
-        pool.disconnectAll();
-        QVERIFY(!pool.anyConnected());
-        QTRY_COMPARE(node.clientCount(), 0);
-
         const QPointer<DxClusterFetcher> old = pool.clients().first();
-        pool.rebuild({}, QStringLiteral("K1ABC"), wire);
+        pool.rebuild({}, QStringLiteral("K1ABC"), [](auto *) {});
         QVERIFY(pool.clients().isEmpty());
         QTRY_VERIFY(old.isNull());
     }
@@ -233,47 +193,37 @@ private slots:
 
     void bandChoice()
     {
-        m_model->mergeSpots(
-            spots(QStringLiteral("POTA K1OUT US-1 5000, POTA K1TWENTY US-2 14062, POTA K1FORTY US-3 7030")));
-        SpotFilterProxyModel proxy;
-        proxy.setSourceModel(m_model);
+        mergeSteps("POTA K1OUT US-1 5000, POTA K1TWENTY US-2 14062, POTA K1FORTY US-3 7030");
         FilterState state;
         state.setDisabledBandNames(fetched<QStringList>("unticked"));
-        state.applyTo(proxy);
-        QStringList calls;
-        for (int row = 0; row < proxy.rowCount(); ++row)
-            calls << proxy.index(row, StationModel::CallsignColumn).data().toString();
-        calls.sort();
-        QTEST(calls.join(QLatin1Char(' ')), "shown");
+        state.applyTo(*m_proxy);
+        QTEST(shown(), "shown");
     }
 
-    void statusIndexAndValue()
+    // The state's other forms: the API's view, and the settings (which drop a band the table lacks).
+    void apiJsonAndSettings()
     {
-        const int values[] = {-2, -1, 1, 2, 3};
-        for (int index = 0; index < 5; ++index) {
-            FilterState state;
-            state.statusIndex = index;
-            QCOMPARE(state.statusValue(), values[index]);
-            QCOMPARE(FilterState::statusIndexForValue(values[index]), index);
-        }
-        QCOMPARE(FilterState::statusIndexForValue(0), -1);
-        FilterState state;
-        state.statusIndex = 2;
-        state.mergeApiJson(parse(R"({"status_mode": 0})")); // no entry has it
-        QCOMPARE(state.statusIndex, 2);
-    }
-
-    void apiJson()
-    {
-        FilterState state;
+        AppSettings settings;
+        settings.disabledBands = QStringList{QStringLiteral("11m"), QStringLiteral("40m")};
+        FilterState state = settings.filterState();
+        QCOMPARE(state.disabledBandNames(), QStringList{QStringLiteral("40m")});
         state.sources = {{false, true, false, false, true, true, false}};
         state.modes = {{false, true, true, false, false}};
         state.statusIndex = 3;
         state.maxAgeMins = 45;
-        const QJsonObject json = parse(R"({"sota": false, "pota": true, "wwff": false, "wwbota": false,
+        state.potaPrograms = QStringList{QStringLiteral("US")};
+        state.sotaAssociations = QStringList{QStringLiteral("G"), QStringLiteral("W7A")};
+        QCOMPARE(state.toApiJson(), parse(R"({"sota": false, "pota": true, "wwff": false, "wwbota": false,
             "bota": true, "dx": true, "gma": false, "mode_ssb": false, "mode_cw": true, "mode_am": true,
-            "mode_fm": false, "mode_other": false, "status_mode": 2, "max_age_mins": 45, "hide_worked": false})");
-        QCOMPARE(state.toApiJson(), json);
+            "mode_fm": false, "mode_other": false, "status_mode": 2, "max_age_mins": 45, "hide_worked": false})"));
+        // The bar's status choices in order: active, all, heard, contacted, not heard.
+        QCOMPARE(FilterState::k_statusValues,
+                 (std::array<int, 5>{SpotFilterProxyModel::k_statusActive, SpotFilterProxyModel::k_statusAll,
+                                     StationSpot::Heard, StationSpot::Contacted, StationSpot::NotHeard}));
+        settings.setFilterState(state);
+        QCOMPARE(settings.disabledBands, QStringList{QStringLiteral("40m")});
+        QCOMPARE(settings.statusFilter, 3);
+        QCOMPARE(settings.filterState(), state);
     }
 
     void apiMergeTakesPresentKeys_data()
@@ -285,6 +235,7 @@ private slots:
             {"a source", R"({"wwff": false})", nullptr}, // null: changed as asked
             {"a mode", R"({"mode_fm": false})", nullptr},
             {"status", R"({"status_mode": 3})", nullptr},
+            {"status no entry has", R"({"status_mode": 0})", "{}"},
             {"age", R"({"max_age_mins": 90})", nullptr},
             {"age below 1", R"({"max_age_mins": 0})", R"({"max_age_mins": 1})"},
             {"age above 720", R"({"max_age_mins": 5000})", R"({"max_age_mins": 720})"},
@@ -297,6 +248,7 @@ private slots:
     void apiMergeTakesPresentKeys()
     {
         FilterState state;
+        state.statusIndex = 2;
         QJsonObject expected = apiView(state);
         const QJsonObject changes = parse(fetched<QByteArray>("changed"));
         for (auto it = changes.begin(); it != changes.end(); ++it)
@@ -309,15 +261,13 @@ private slots:
     void applyToSetsOnlyWhatDiffers()
     {
         m_model->mergeSpots(spots(QStringLiteral("POTA K1ABC US-0001 14062 600")));
-        SpotFilterProxyModel proxy;
-        proxy.setSourceModel(m_model);
         FilterState state;
         state.searchText = QStringLiteral("  k1  ");
-        state.applyTo(proxy);
-        QCOMPARE(proxy.rowCount(), 1); // the proxy filters when first asked
-        m_now += 25 * 60 * 1000;       // 35 minutes old now
-        state.applyTo(proxy);
-        QCOMPARE(proxy.rowCount(), 1);
+        state.applyTo(*m_proxy);
+        QCOMPARE(m_proxy->rowCount(), 1);
+        m_now += 25 * 60 * 1000; // 35 minutes old now
+        state.applyTo(*m_proxy);
+        QCOMPARE(m_proxy->rowCount(), 1);
 
         state.sources = {{false, true, true, false, true, true, false}};
         state.modes = {{true, false, false, true, true}};
@@ -326,37 +276,19 @@ private slots:
         state.maxAgeMins = 90;
         state.potaPrograms = QStringList{QStringLiteral("US"), QStringLiteral("VE")};
         state.sotaAssociations = QStringList{QStringLiteral("W7A")};
-        state.applyTo(proxy);
+        state.applyTo(*m_proxy);
         for (int source = 0; source < FilterState::k_sourceCount; ++source)
-            QCOMPARE(proxy.isSourceEnabled(source), state.sources[size_t(source)]);
+            QCOMPARE(m_proxy->isSourceEnabled(source), state.sources[size_t(source)]);
         for (int mode = 0; mode < FilterState::k_modeCount; ++mode)
-            QCOMPARE(proxy.isModeClassEnabled(SpotFilterProxyModel::ModeClass(mode)),
+            QCOMPARE(m_proxy->isModeClassEnabled(SpotFilterProxyModel::ModeClass(mode)),
                      state.modes[size_t(mode)]);
-        QCOMPARE(proxy.bandFilter(), state.proxyBandSet());
-        QCOMPARE(proxy.bandFilter().size(), int(k_bands.size()) - 1);
-        QCOMPARE(proxy.statusFilter(), 3);
-        QCOMPARE(proxy.maxAgeMins(), 90);
-        QCOMPARE(proxy.potaProgramFilter(), (QSet<QString>{QStringLiteral("US"), QStringLiteral("VE")}));
-        QCOMPARE(proxy.sotaAssociationFilter(), QSet<QString>{QStringLiteral("W7A")});
-        QCOMPARE(proxy.textFilter(), QStringLiteral("k1"));
-    }
-
-    void settingsMapping()
-    {
-        AppSettings settings;
-        settings.disabledBands = QStringList{QStringLiteral("11m"), QStringLiteral("40m")};
-        FilterState state = settings.filterState();
-        QCOMPARE(state.disabledBandNames(), QStringList{QStringLiteral("40m")});
-        state.sources = {{true, false, true, true, false, true, true}};
-        state.modes = {{true, true, false, true, false}};
-        state.statusIndex = 3;
-        state.maxAgeMins = 120;
-        state.potaPrograms = QStringList{QStringLiteral("US")};
-        state.sotaAssociations = QStringList{QStringLiteral("G"), QStringLiteral("W7A")};
-        settings.setFilterState(state);
-        QCOMPARE(settings.disabledBands, QStringList{QStringLiteral("40m")});
-        QCOMPARE(settings.statusFilter, 3);
-        QCOMPARE(settings.filterState(), state);
+        QCOMPARE(m_proxy->bandFilter(), state.proxyBandSet());
+        QCOMPARE(m_proxy->bandFilter().size(), int(k_bands.size()) - 1);
+        QCOMPARE(m_proxy->statusFilter(), 3);
+        QCOMPARE(m_proxy->maxAgeMins(), 90);
+        QCOMPARE(m_proxy->potaProgramFilter(), (QSet<QString>{QStringLiteral("US"), QStringLiteral("VE")}));
+        QCOMPARE(m_proxy->sotaAssociationFilter(), QSet<QString>{QStringLiteral("W7A")});
+        QCOMPARE(m_proxy->textFilter(), QStringLiteral("k1"));
     }
 };
 

@@ -75,75 +75,29 @@ class TestWebParsers final : public QObject
 {
     Q_OBJECT
 
-    static void addColumns()
-    {
-        QTest::addColumn<QByteArray>("elements");
-        QTest::addColumn<QStringList>("spots");
-    }
-
-    static void row(const char *name, const char *elements, std::initializer_list<const char *> spots)
-    {
-        QStringList lines;
-        for (const char *line : spots)
-            lines << QString::fromUtf8(line);
-        QTest::newRow(name) << QByteArray(elements) << lines;
-    }
-
-    static void check(StationSpot::Source source)
-    {
-        QString error;
-        const QList<StationSpot> parsed =
-            services().value(source).parse(reply(source, fetched<QByteArray>("elements")), &error);
-        QCOMPARE(error, QString());
-        QTEST(describe(parsed), "spots");
-        for (const StationSpot &s : parsed)
-            QCOMPARE(s.source, source);
-    }
-
 private slots:
     void initTestCase()
     {
         // A zone with summer time, so that a time read as local differs from UTC
         // and the GMA parser meets a daylight-saving gap.
         qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
-        QCOMPARE(QDateTime(QDate(2024, 5, 1), QTime(12, 0), Qt::LocalTime).toUTC(),
-                 QDateTime(QDate(2024, 5, 1), QTime(10, 0), Qt::UTC));
     }
 
-    void formatErrors()
+    // Each row: one reply's spot elements, and every field of the spots parsed from it.
+    void parse_data()
     {
-        QJsonParseError empty;
-        QJsonDocument::fromJson(QByteArray(), &empty);
-        for (auto it = services().cbegin(); it != services().cend(); ++it) {
-            const Service &s = *it;
-            const bool gma = it.key() == StationSpot::GMA;
-            const QString name = StationSpot::sourceName(it.key());
-            QString error;
-            QVERIFY(s.parse(QByteArray(), &error).isEmpty());
-            QCOMPARE(error, name + QStringLiteral(" JSON parse error: ") + empty.errorString());
-            QVERIFY(s.parse(gma ? "[]" : "{}", &error).isEmpty());
-            QCOMPARE(error, name + QLatin1String(gma ? " response is not a JSON object"
-                                                     : " response is not a JSON array"));
-            QVERIFY(s.parse(gma ? "[]" : "{}", nullptr).isEmpty()); // the error sink is optional
-            // Elements that are no spot objects, or no array under "RCD", are no fault.
-            error.clear();
-            QVERIFY(s.parse(reply(it.key(), "1, \"x\", null"), &error).isEmpty());
-            QVERIFY(!gma || s.parse(R"({"RCD": {}})", &error).isEmpty());
-            QCOMPARE(error, QString());
-            // Cut off anywhere, a reply is reported and never half-parsed.
-            const QByteArray whole = reply(it.key(), k_anySpot);
-            QCOMPARE(s.parse(whole, &error).size(), 1);
-            for (qsizetype length = 0; length < whole.size(); ++length) {
-                error.clear();
-                QVERIFY(s.parse(whole.left(length), &error).isEmpty());
-                QVERIFY(!error.isEmpty());
-            }
-        }
-    }
-
-    void pota_data()
-    {
-        addColumns();
+        QTest::addColumn<int>("source");
+        QTest::addColumn<QByteArray>("elements");
+        QTest::addColumn<QStringList>("spots");
+        StationSpot::Source source = StationSpot::POTA;
+        const auto row = [&source](const char *name, const char *elements,
+                                   std::initializer_list<const char *> spots) {
+            QStringList lines;
+            for (const char *line : spots)
+                lines << QString::fromUtf8(line);
+            QTest::addRow("%s %s", qPrintable(StationSpot::sourceName(source)), name)
+                << int(source) << QByteArray(elements) << lines;
+        };
         // Sub-square centre of FN31pr; the service's own latitude and longitude are not used.
         row("full", R"({"spotId": 28734521, "activator": " K1ABC ", "frequency": "14062.5", "mode": "cw",
               "reference": "US-1234", "parkName": null, "spotTime": "2024-05-01T12:34:56", "source": "RBN",
@@ -174,12 +128,8 @@ private slots:
               {"activator": "A5", "spotTime": "2024-05-01T12:34:56z"})",
             {"A1|||0||||||2024-05-01T12:34:56.000Z|-", "A2|||0||||||2024-05-01T10:34:56.000Z|-",
              "A3|||0||||||2024-05-01T12:34:56.789Z|-", "A4|||0|||||||-", "A5|||0|||||||-"});
-    }
-    void pota() { check(StationSpot::POTA); }
 
-    void sota_data()
-    {
-        addColumns();
+        source = StationSpot::SOTA;
         row("current shape", R"({"epoch": "6a1b", "id": 123, "timeStamp": "2026-11-21T17:51:41Z", "AltM": 950,
               "activatorCallsign": "G4ABC/P", "activatorName": "Ann", "callsign": "M0XYZ",
               "comments": "QRV now",
@@ -218,12 +168,8 @@ private slots:
               {"activatorCallsign": "  ", "frequency": "7.032"}, "A6", 42)",
             {"A1|||0|||||||-", "A2|||0|||||||-", "A3|CE/RM-001||0|||||||-33.5,-70.25",
              "A4|LD-001|Named|0|||||||-"});
-    }
-    void sota() { check(StationSpot::SOTA); }
 
-    void wwff_data()
-    {
-        addColumns();
+        source = StationSpot::WWFF;
         // The service's own lat/lon are no position; kHz as given; epoch seconds truncated.
         row("reply",
             R"({"id": 77001, "activator": " ON4ABC/P ", "reference": "ONFF-0123", "lat": 50.5, "lon": 6.1,
@@ -238,12 +184,8 @@ private slots:
               {"activator": 12345, "reference": "ONFF-0001"})",
             {"A1|||0|||||||-", "A2|||0|||||||-", "A3|||0|||||||-", "A4|||0|||||||-",
              "A5|||0||||||1970-01-01T00:00:01.000Z|-"});
-    }
-    void wwff() { check(StationSpot::WWFF); }
 
-    void wwbota_data()
-    {
-        addColumns();
+        source = StationSpot::WWBOTA;
         // One spot per reference; always MHz; a QRT activation marks its comment; a test one is dropped.
         row("reply", R"({"call": " G0ABC/P ", "references": [
                 {"reference": "B/G-0001", "name": "Pillbox at Dover", "lat": 51.1, "long": 1.3},
@@ -272,12 +214,8 @@ private slots:
             {"A1|B/1||7144000|||QRT|||2024-05-01T10:34:56.000Z|-",
              "A2|B/2||0|||QRT soon|||2024-01-15T07:00:00.500Z|-",
              "A3|B/3||0|||x|||2024-05-01T16:34:56.000Z|-", "A4|B/4|Kept|0|||||||-"});
-    }
-    void wwbota() { check(StationSpot::WWBOTA); }
 
-    void gma_data()
-    {
-        addColumns();
+        source = StationSpot::GMA;
         // Upper-cased calls, the hour padded, MHz or kHz as text or number.
         row("reply", R"({"ACTIVATOR": " dl1abc ", "REF": "DM/BW-001", "NAME": "Feldberg", "MODE": "cw",
               "SPOTTER": "dl2xyz", "TEXT": " tnx fer QSO ", "QRG": "7.032", "DATE": "20240501", "TIME": "930",
@@ -297,22 +235,51 @@ private slots:
             {"A1|||1000000||||||2024-05-01T00:05:00.000Z|-", "A2|||7032||||||2024-03-31T02:30:00.000Z|-",
              "A3|||14285|||||||-", "A4|||0|||||||-", "A5|||0|||||||-"});
     }
-    void gma() { check(StationSpot::GMA); }
 
-    void fetchGetsPathAndDeliversSpots()
+    void parse()
     {
+        const auto source = StationSpot::Source(fetched<int>("source"));
+        QString error;
+        const QList<StationSpot> parsed =
+            services().value(source).parse(reply(source, fetched<QByteArray>("elements")), &error);
+        QCOMPARE(error, QString());
+        QTEST(describe(parsed), "spots");
+        for (const StationSpot &spot : parsed)
+            QCOMPARE(spot.source, source);
+    }
+
+    // Per service: the format errors, and a fetch that asks its path and delivers what the parser gives.
+    void eachService()
+    {
+        QJsonParseError empty;
+        QJsonDocument::fromJson(QByteArray(), &empty);
         HttpTestServer server;
         QVERIFY(server.start());
         for (auto it = services().cbegin(); it != services().cend(); ++it) {
             const Service &s = *it;
+            const bool gma = it.key() == StationSpot::GMA;
+            const QString name = StationSpot::sourceName(it.key());
+            QString error;
+            QVERIFY(s.parse(QByteArray(), &error).isEmpty());
+            QCOMPARE(error, name + QStringLiteral(" JSON parse error: ") + empty.errorString());
+            QVERIFY(s.parse(gma ? "[]" : "{}", &error).isEmpty());
+            QCOMPARE(error, name + QLatin1String(gma ? " response is not a JSON object"
+                                                     : " response is not a JSON array"));
+            QVERIFY(s.parse(gma ? "[]" : "{}", nullptr).isEmpty()); // the error sink is optional
+            // Elements that are no spot objects, or no array under "RCD", are no fault.
+            error.clear();
+            QVERIFY(s.parse(reply(it.key(), "1, \"x\", null"), &error).isEmpty());
+            QVERIFY(!gma || s.parse(R"({"RCD": {}})", &error).isEmpty());
+            QCOMPARE(error, QString());
+
             const QByteArray body = reply(it.key(), k_anySpot);
+            QCOMPARE(s.parse(body, nullptr).size(), 1);
             server.setRoute(s.path, body);
             server.clearRequests();
             const std::unique_ptr<SpotFetcher> fetcher(s.make(server.url()));
             QSignalSpy ready(fetcher.get(), &SpotFetcher::spotsReady);
             fetcher->fetch();
             QVERIFY(ready.wait(5000));
-            QCOMPARE(fetcher->sourceName(), StationSpot::sourceName(it.key()));
             // SOTA asks for its epoch first; a service without one gets the list asked for anyway.
             const HttpTestServer::Request request = server.requests().constLast();
             QCOMPARE(server.requestCount(), it.key() == StationSpot::SOTA ? 2 : 1);

@@ -8,10 +8,9 @@
 
 class QTcpSocket;
 
-// A telnet DX cluster node on 127.0.0.1 for tests: greets every client with a
-// prompt that has no line feed, as real nodes do, counts the lines clients
-// send, and lets the test push text and drop connections from the node's side.
-// Tests set no greeting for a node that prompts nothing, a banner for one that
+// A telnet DX cluster node on 127.0.0.1 for tests: greets every client with a prompt that has no line
+// feed, as real nodes do, counts the lines clients send, and lets the test push text and drop connections
+// from the node's side. Tests set no greeting for a node that prompts nothing, a banner for one that
 // talks first, and a closing reply for one that refuses or drops at once.
 class ClusterTestServer final : public QObject
 {
@@ -30,9 +29,8 @@ public:
 
     // Sent to every client as it connects; "login: " unless set.
     void setGreeting(const QByteArray &greeting) { m_greeting = greeting; }
-    // Sent once per connection after the client's first line, as nodes do
-    // once they have the call, then the connection is closed when thenClose
-    // is set; empty: nothing.
+    // Sent once per connection after the client's first line, as nodes do once they have the call, then
+    // the connection is closed when thenClose is set; empty: nothing.
     void setLoginReply(const QByteArray &reply, bool thenClose = false)
     {
         m_loginReply = reply;

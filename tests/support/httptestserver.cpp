@@ -2,6 +2,8 @@
 
 #include <QTcpSocket>
 
+#include <utility>
+
 HttpTestServer::HttpTestServer(QObject *parent)
     : QObject(parent)
 {
@@ -16,18 +18,9 @@ HttpTestServer::~HttpTestServer()
         socket->disconnect(this);
 }
 
-void HttpTestServer::releaseHeld(const QByteArray &path)
+void HttpTestServer::releaseHeld()
 {
-    QList<Pending> release;
-    for (auto it = m_held.begin(); it != m_held.end();) {
-        if (path.isEmpty() || it->request.path == path) {
-            release.append(*it);
-            it = m_held.erase(it);
-        } else {
-            ++it;
-        }
-    }
-    for (const Pending &p : std::as_const(release)) {
+    for (const Pending &p : std::exchange(m_held, {})) {
         if (p.socket)
             respond(p.socket, p.request);
     }
@@ -53,7 +46,6 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
     Request request;
     const QList<QByteArray> lines = buffer.left(headerEnd).split('\n');
     const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
-    request.method = first.value(0);
     request.path = first.value(1);
     for (int i = 1; i < lines.size(); ++i) {
         const int colon = int(lines[i].indexOf(':'));

@@ -12,10 +12,9 @@
 
 class QTcpSocket;
 
-// A small HTTP/1.1 server on 127.0.0.1 for tests: serves chosen bodies and
-// statuses per path, records every request, and can hold replies back so a
-// test can act while a request is in flight. A route whose headers carry an
-// ETag answers 304 to a request that names that ETag in If-None-Match.
+// A small HTTP/1.1 server on 127.0.0.1 for tests: serves chosen bodies and statuses per path, records
+// every request, and can hold replies back so a test can act while a request is in flight. A route whose
+// headers carry an ETag answers 304 to a request that names that ETag in If-None-Match.
 class HttpTestServer final : public QObject
 {
     Q_OBJECT
@@ -24,7 +23,6 @@ class HttpTestServer final : public QObject
 public:
     struct Request
     {
-        QByteArray method;
         QByteArray path;
         QHash<QByteArray, QByteArray> headers; // names lower-cased
     };
@@ -42,8 +40,8 @@ public:
         m_routes.insert(path, Route{body, status, contentType, headers});
     }
     void setHoldReplies(bool hold) { m_hold = hold; }
-    // Answers the held requests, or only those for path when one is given.
-    void releaseHeld(const QByteArray &path = QByteArray());
+    // Answers the held requests.
+    void releaseHeld();
 
     QList<Request> requests() const { return m_requests; }
     int requestCount() const { return int(m_requests.size()); }

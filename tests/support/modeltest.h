@@ -7,9 +7,8 @@
 #include <QAnyStringView>
 #include <QObject>
 
-// Base of the model and filter tests: a model on an injected clock and the
-// filter in front of it, both under a QAbstractItemModelTester, and spots
-// written as short texts.
+// Base of the model and filter tests: a model on an injected clock and the filter in front of it, both
+// under a QAbstractItemModelTester, and spots written as short texts.
 class ModelTest : public QObject
 {
     Q_OBJECT
@@ -26,10 +25,9 @@ protected:
     SpotFilterProxyModel *m_proxy = nullptr; // sorted by call sign
 
     QDateTime ago(qint64 secs) const;
-    // "POTA K1A US-1 7030.5 60 CW a comment": source, call, reference ("-":
-    // none), kHz, then optionally seconds ago (default 60, "none": no time),
-    // mode (default CW, "-": none) and comment. Spots are separated by ",",
-    // batches of them by ";".
+    // "POTA K1A US-1 7030.5 60 CW a comment": source, call, reference ("-": none), kHz, then optionally
+    // seconds ago (default 60, "none": no time), mode (default CW, "-": none) and comment. Spots are
+    // separated by ",", batches of them by ";".
     StationSpot spot(QAnyStringView text) const;
     QList<StationSpot> spots(QAnyStringView text) const;
     void mergeSteps(QAnyStringView batches);

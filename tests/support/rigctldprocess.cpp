@@ -1,10 +1,9 @@
 #include "support/rigctldprocess.h"
 
-#include <QDeadlineTimer>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QThread>
+#include <QTest>
 
 namespace {
 
@@ -51,17 +50,11 @@ bool RigctldProcess::start(quint16 port)
         m_error = m_process.errorString();
         return false;
     }
-    const QDeadlineTimer deadline(10000);
-    while (!deadline.hasExpired()) {
-        if (m_process.state() != QProcess::Running) {
-            m_error = QStringLiteral("rigctld exited early");
-            return false;
-        }
-        if (acceptsConnections(m_port))
-            return true;
-        QThread::msleep(20);
-    }
-    m_error = QStringLiteral("rigctld did not accept connections");
+    const auto up = [this] { return m_process.state() != QProcess::Running || acceptsConnections(m_port); };
+    if (QTest::qWaitFor(up, 10000) && m_process.state() == QProcess::Running)
+        return true;
+    m_error = m_process.state() == QProcess::Running ? QStringLiteral("rigctld did not accept connections")
+                                                     : QStringLiteral("rigctld exited early");
     return false;
 }
 

@@ -12,8 +12,7 @@ class RigctldProcess final
 public:
     RigctldProcess() = default;
     ~RigctldProcess();
-    RigctldProcess(const RigctldProcess &) = delete;
-    RigctldProcess &operator=(const RigctldProcess &) = delete;
+    Q_DISABLE_COPY_MOVE(RigctldProcess)
 
     // Starts on the given port, or on a free one when port is 0, and waits
     // until it accepts connections. On failure, errorString() says why.

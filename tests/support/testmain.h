@@ -1,10 +1,11 @@
 #pragma once
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-// A test of widgets gets a QApplication, one of the GUI layer's values a
-// QGuiApplication, everything else a plain QCoreApplication.
+// A test of widgets gets a QApplication, one of the GUI layer's values a QGuiApplication, everything
+// else a plain QCoreApplication.
 #if defined(QT_WIDGETS_LIB)
 #include <QApplication>
 using TallisTestApplication = QApplication;
@@ -23,8 +24,21 @@ T fetched(const char *column)
     return *static_cast<T *>(QTest::qData(column, qMetaTypeId<T>()));
 }
 
-// Runs a test class with HOME in a fresh temporary directory, so no test ever
-// touches a real ~/.tallis, and with the offscreen platform.
+// A file's bytes (empty when it cannot be read), and a whole file written: false when it could not be.
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline bool writeFile(const QString &path, const QByteArray &data)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(data) == data.size();
+}
+
+// Runs a test class with HOME in a fresh temporary directory, so no test ever touches a real ~/.tallis,
+// and with the offscreen platform.
 #define TALLIS_TEST_MAIN(TestClass)                                                                          \
     int main(int argc, char **argv)                                                                          \
     {                                                                                                        \

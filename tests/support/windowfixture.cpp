@@ -1,20 +1,20 @@
 #include "support/windowfixture.h"
 
 #include "app/mainwindow.h"
+#include "app/settingsfile.h"
 #include "app/tallisdir.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamliblink.h"
+#include "support/testmain.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QItemSelectionModel>
 #include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableView>
-#include <QTest>
 #include <QTimer>
 
 void WindowTest::init()
@@ -22,12 +22,9 @@ void WindowTest::init()
     QDir(tallisDirPath()).removeRecursively();
     m_server = std::make_unique<HttpTestServer>();
     QVERIFY(m_server->start());
-    WindowFixture::serveEmptySources(*m_server);
-}
-
-void WindowTest::cleanup()
-{
-    m_server.reset();
+    for (const char *path : {"/spot/", "/api/spots/-72", "/static/spots.json", "/spots/"})
+        m_server->setRoute(path, "[]");
+    m_server->setRoute("/api/spots/gma/", "{\"RCD\":[]}");
 }
 
 QString WindowTest::labelText(const MainWindow &w, const char *objectName)
@@ -45,12 +42,6 @@ QPushButton *WindowTest::button(const MainWindow &w, const char *objectName, con
     return nullptr;
 }
 
-void WindowTest::clickSource(const MainWindow &w, const QString &text)
-{
-    if (QPushButton *b = button(w, "sourceBtn", text))
-        b->click();
-}
-
 QTableView *WindowTest::table(const MainWindow &w)
 {
     return w.findChild<QTableView *>(QStringLiteral("spotTable"));
@@ -64,11 +55,6 @@ StationModel *WindowTest::model(const MainWindow &w)
 SpotFilterProxyModel *WindowTest::proxy(const MainWindow &w)
 {
     return w.findChild<SpotFilterProxyModel *>();
-}
-
-HamlibController *WindowTest::rig(const MainWindow &w)
-{
-    return w.findChild<HamlibLink *>()->controller();
 }
 
 QTimer *WindowTest::timer(const MainWindow &w, const char *objectName)
@@ -100,66 +86,32 @@ StationSpot::Status WindowTest::statusOf(const MainWindow &w, const QString &cal
 
 namespace WindowFixture {
 
-void serveEmptySources(HttpTestServer &server)
-{
-    server.setRoute("/spot/", "[]");
-    server.setRoute("/api/spots/-72", "[]");
-    server.setRoute("/static/spots.json", "[]");
-    server.setRoute("/spots/", "[]");
-    server.setRoute("/api/spots/gma/", "{\"RCD\":[]}");
-}
-
-QString settingsPath()
-{
-    return tallisDirPath() + QStringLiteral("/settings.json");
-}
-
 void writeSettings(const QByteArray &contents)
 {
     ensureTallisDir();
-    QFile file(settingsPath());
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(contents);
+    writeFile(settingsFilePath(), contents);
 }
 
 QJsonObject readSettings()
 {
-    QFile file(settingsPath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QJsonDocument::fromJson(file.readAll()).object();
+    return QJsonDocument::fromJson(readFile(settingsFilePath())).object();
 }
 
-QJsonObject potaSpot(const QString &call, const QString &reference, double khz, int secsAgo,
-                     const QString &mode)
-{
-    const QDateTime when = QDateTime::currentDateTimeUtc().addSecs(-secsAgo);
-    return QJsonObject{
-        {QStringLiteral("activator"), call},
-        {QStringLiteral("reference"), reference},
-        {QStringLiteral("name"), QStringLiteral("Park of %1").arg(reference)},
-        {QStringLiteral("frequency"), QString::number(khz, 'f', 1)},
-        {QStringLiteral("mode"), mode},
-        {QStringLiteral("spotter"), QStringLiteral("N0CALL")},
-        {QStringLiteral("grid6"), QStringLiteral("FN31pr")},
-        {QStringLiteral("spotTime"), when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))},
-    };
-}
-
-QByteArray toBody(const QJsonArray &spots)
-{
-    return QJsonDocument(spots).toJson(QJsonDocument::Compact);
-}
-
-QByteArray potaSpots(const QString &stations)
+QByteArray potaSpots(const QString &stations, int secsApart)
 {
     QJsonArray spots;
     for (const QString &line : stations.split(QStringLiteral(", "))) {
         const QStringList f = line.split(QLatin1Char(' '));
-        spots.append(potaSpot(f.at(0), f.at(1), f.at(2).toDouble(), 60 * int(spots.size() + 1),
-                              f.value(3, QStringLiteral("CW"))));
+        const QDateTime when = QDateTime::currentDateTimeUtc().addSecs(-secsApart * (spots.size() + 1));
+        spots.append(
+            QJsonObject{{QStringLiteral("activator"), f.at(0)},
+                        {QStringLiteral("reference"), f.at(1)},
+                        {QStringLiteral("frequency"), f.at(2)},
+                        {QStringLiteral("mode"), f.value(3, QStringLiteral("CW"))},
+                        {QStringLiteral("grid6"), QStringLiteral("FN31pr")},
+                        {QStringLiteral("spotTime"), when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))}});
     }
-    return toBody(spots);
+    return QJsonDocument(spots).toJson(QJsonDocument::Compact);
 }
 
 } // namespace WindowFixture

@@ -14,6 +14,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -91,7 +92,8 @@ void runSession(const QByteArray &stream, quint8 seed, quint8 flags)
             nowMs += 1000;
         if ((flags & 0x04) && at == n) {
             nowMs += DxClusterFetcher::k_promptWindowMs + 1;
-            QMetaObject::invokeMethod(&fetcher, "onPromptWaitOver");
+            if (!QMetaObject::invokeMethod(&fetcher, "onPromptWaitOver"))
+                std::abort(); // a renamed slot must not leave the prompt path unfuzzed
         }
     }
     if ((flags & 0x10) && fetcher.state() != DxClusterFetcher::Disconnected) {

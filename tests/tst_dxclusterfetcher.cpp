@@ -143,7 +143,7 @@ private slots:
         QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
         QTRY_COMPARE(server.clientCount(), 0);
         QVERIFY(!f.isReconnectPending());
-        QMetaObject::invokeMethod(&f, "onReconnectTimer");
+        QVERIFY(QMetaObject::invokeMethod(&f, "onReconnectTimer"));
         QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
         QCOMPARE(connection.size(), 1);
         f.connectToCluster();
@@ -203,7 +203,7 @@ private slots:
             QSignalSpy read(f.findChild<QTcpSocket *>(), &QTcpSocket::readyRead);
             QVERIFY(read.wait());
             QVERIFY(!f.isConnected());
-            QMetaObject::invokeMethod(&f, "onPromptWaitOver");
+            QVERIFY(QMetaObject::invokeMethod(&f, "onPromptWaitOver"));
         }
         QTRY_COMPARE(errors.size() + connection.size(), 1);
         // After a refusal the spot that follows is not read, and nothing is sent.
@@ -221,7 +221,7 @@ private slots:
         QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
         QTRY_COMPARE(server.clientCount(), 0);
         QVERIFY(!f.isReconnectPending());
-        QMetaObject::invokeMethod(&f, "onReconnectTimer"); // stopped for good
+        QVERIFY(QMetaObject::invokeMethod(&f, "onReconnectTimer")); // stopped for good
         QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
     }
 
@@ -246,7 +246,7 @@ private slots:
             QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
             QVERIFY(f.isReconnectPending());
             QCOMPARE(f.reconnectIntervalMs(), waits.at(i));
-            QMetaObject::invokeMethod(&f, "onReconnectTimer"); // instead of waiting minutes
+            QVERIFY(QMetaObject::invokeMethod(&f, "onReconnectTimer")); // instead of waiting minutes
         }
         QVERIFY(connection.isEmpty());
 
@@ -259,7 +259,7 @@ private slots:
         QTRY_COMPARE(connection.size(), 2);
         QVERIFY(f.isReconnectPending());
         QCOMPARE(f.reconnectIntervalMs(), 300000);
-        QMetaObject::invokeMethod(&f, "onReconnectTimer");
+        QVERIFY(QMetaObject::invokeMethod(&f, "onReconnectTimer"));
         QTRY_VERIFY(f.isConnected());
         now += DxClusterFetcher::k_steadySessionMs;
         server.dropClients();

@@ -431,7 +431,7 @@ private slots:
         auto *timer = m_proxy->findChild<QTimer *>();
         QVERIFY(timer && timer->isActive());
         QCOMPARE(timer->interval(), 60000);
-        QMetaObject::invokeMethod(timer, "timeout"); // no new data
+        QVERIFY(QMetaObject::invokeMethod(timer, "timeout")); // no new data
         QCOMPARE(shown(), QLatin1String("K2B K3T"));
         m_proxy->setMaxAgeMins(0);
         QCOMPARE(shown(), QLatin1String("K1A K2B K3T"));

@@ -5,7 +5,7 @@ set -euo pipefail
 
 PACKAGES=(
   build-essential g++ cmake ninja-build pkg-config clang-format
-  qt6-base-dev qt6-base-dev-tools qt6-websockets-dev libqt6websockets6-dev qt6-serialport-dev
+  qt6-base-dev qt6-base-dev-tools qt6-websockets-dev qt6-serialport-dev
   libqt6opengl6-dev libgl-dev
   libhamlib-dev libhamlib-utils
   libbenchmark-dev

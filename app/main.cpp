@@ -24,6 +24,8 @@ int main(int argc, char *argv[])
     QApplication::setOrganizationDomain(QStringLiteral("brightwater.example"));
     QApplication::setApplicationName(QStringLiteral("Tallis"));
     QApplication::setApplicationVersion(QString::fromLatin1(BuildInfo::k_version));
+    // Lets the desktop match the window to its installed entry and icon.
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.brightwater.Tallis"));
 
     auto window = std::make_unique<MainWindow>();
     window->show();

@@ -6,6 +6,7 @@
 
 #include <QHostAddress>
 #include <QJsonDocument>
+#include <QStringList>
 #include <QTimer>
 #include <QUrl>
 #include <QWebSocket>
@@ -252,9 +253,12 @@ void WsServer::broadcast(const QString &event, const QJsonObject &data)
 {
     if (m_clients.isEmpty())
         return;
-    // Clients still due for a table get one built after this event, so none
-    // sees the event undone by an older table.
-    m_spotsMessage.clear();
+    // Clients still due for a table get one built after an event that changes
+    // what the table shows, so none sees the event undone by an older table.
+    static const QStringList tableEvents{QStringLiteral("spot.status.changed"),
+                                         QStringLiteral("filter.changed"), QStringLiteral("config.changed")};
+    if (tableEvents.contains(event))
+        m_spotsMessage.clear();
     broadcastMessage(ApiJson::eventMessage(event, compact(data)));
 }
 

@@ -269,9 +269,14 @@ error {"message":"oops"})"));
         QCOMPARE(m_server->clientCount(), 1); // 80 MB queued would have dropped it
         QVERIFY2(hold->interval() > WsServer::k_spotsUpdateHoldMs,
                  qPrintable(QString::number(hold->interval())));
+        // A mark while it is behind: the table it is due is built after the mark.
+        m_backend->visible.last().comments = QStringLiteral("after the mark");
+        m_server->pushSpotStatusChanged(FakeApiBackend::k_knownKey, StationSpot::Heard);
         raw.setReadBufferSize(0);
         QByteArray received;
-        QTRY_VERIFY_WITH_TIMEOUT((received += raw.readAll()).contains("\"comments\":\"table 39\""), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT((received += raw.readAll()).contains("\"comments\":\"after the mark\""),
+                                 10000);
+        QVERIFY(!received.contains("table 39"));
         QVERIFY(received.count("\"spots\":") < 10);
     }
 

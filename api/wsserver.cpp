@@ -90,6 +90,7 @@ void WsServer::stopListening()
     const QList<QWebSocket *> clients = std::exchange(m_clients, {});
     m_ungreeted.clear();
     m_spotsDue.clear();
+    m_spotsSent.clear();
     m_spotsMessage.clear();
     for (QWebSocket *socket : clients) {
         socket->disconnect(this);
@@ -179,6 +180,7 @@ void WsServer::forgetClient(QWebSocket *socket)
     m_clients.removeOne(socket);
     m_ungreeted.removeOne(socket);
     m_spotsDue.removeOne(socket);
+    m_spotsSent.removeOne(socket);
     if (m_spotsDue.isEmpty())
         m_spotsMessage.clear();
 }
@@ -281,6 +283,7 @@ void WsServer::pushSpotsUpdated()
     m_spotsUpdateTimer->start(spotsUpdateHoldMs(table.size()));
     m_spotsMessage = text(table);
     m_spotsDue.clear();
+    m_spotsSent.clear();
     for (QWebSocket *socket : std::as_const(m_clients)) {
         if (!m_ungreeted.contains(socket))
             m_spotsDue.append(socket);
@@ -301,8 +304,10 @@ bool WsServer::isBehind(const QWebSocket *socket)
 void WsServer::sendSpotsUpdated()
 {
     // Clients are served in turn, a few at a time: a copy of a large table
-    // per client, all at once, would multiply the memory it takes.
-    if (std::count_if(m_clients.cbegin(), m_clients.cend(), isBehind) >= k_spotsCopiesInFlight)
+    // per client, all at once, would multiply the memory it takes. Only this
+    // table's copies count, so clients that stopped reading hold up no one
+    // beyond the table they stopped on.
+    if (std::count_if(m_spotsSent.cbegin(), m_spotsSent.cend(), isBehind) >= k_spotsCopiesInFlight)
         return; // a bytesWritten brings the pump back
     const auto next = std::find_if_not(m_spotsDue.cbegin(), m_spotsDue.cend(), isBehind);
     if (next == m_spotsDue.cend())
@@ -311,6 +316,7 @@ void WsServer::sendSpotsUpdated()
     m_spotsDue.removeOne(socket);
     if (m_spotsMessage.isEmpty())
         m_spotsMessage = text(ApiJson::spotsUpdatedEvent(m_backend->apiVisibleSpots()));
+    m_spotsSent.append(socket);
     send(socket, m_spotsMessage);
     if (m_spotsDue.isEmpty())
         m_spotsMessage.clear(); // a large table is not held a moment longer than needed

@@ -95,6 +95,7 @@ private:
     // it has to be built again (an event went out after it was built).
     QString m_spotsMessage;
     QList<QWebSocket *> m_spotsDue;
+    QList<QWebSocket *> m_spotsSent; // those that have the newest table, or have it on its way
     QList<QWebSocket *> m_clients;   // in order of connection
     QList<QWebSocket *> m_ungreeted; // connected, "hello" not yet sent
     const QHash<QString, ApiCommand> m_commands;

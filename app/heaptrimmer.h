@@ -18,7 +18,7 @@ class HeapTrimmer final : public QObject
     Q_DISABLE_COPY_MOVE(HeapTrimmer)
 
 public:
-    static constexpr int k_intervalMs = 5000;
+    static constexpr int k_intervalMs = 2000;
     static constexpr int k_mapAtBytes = 256 * 1024;
 
     explicit HeapTrimmer(QObject *parent = nullptr);

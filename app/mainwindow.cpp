@@ -290,7 +290,7 @@ void MainWindow::onSelectionChanged()
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
     if (!m_selection.isRestoring())
-        m_radioView->tuneTo(spot.frequencyKhz, spot.mode, m_settings.autoAtu);
+        tuneStation(spot.frequencyKhz, spot.mode, m_settings.autoAtu);
 }
 
 void MainWindow::onAddToLog()
@@ -360,7 +360,7 @@ void MainWindow::onTuneClicked()
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
-    m_radioView->tuneTo(spot.frequencyKhz, spot.mode, false);
+    tuneStation(spot.frequencyKhz, spot.mode);
 }
 
 void MainWindow::onPreferences()

@@ -94,7 +94,7 @@ public:
     bool apiTuneToSpot(const QString &key) override
     {
         const StationSpot spot = spotForKey(key);
-        return m_radioView->tuneTo(spot.frequencyKhz, spot.mode, false);
+        return tuneStation(spot.frequencyKhz, spot.mode);
     }
     void apiSetSpotStatus(const QString &key, StationSpot::Status status) override
     {
@@ -262,7 +262,11 @@ private:
         if (!notice.isEmpty())
             statusBar()->showMessage(notice, 6000);
     }
-    void tuneStation(double kHz, const QString &mode) { m_radioView->tuned(kHz, m_radio->tune(kHz, mode)); }
+    // False when no radio path is up or the frequency is unknown.
+    bool tuneStation(double kHz, const QString &mode, bool autoAtu = false)
+    {
+        return m_radioView->tuneTo(kHz, mode, autoAtu);
+    }
     StationSpot spotForKey(const QString &key) const { return m_desk.spotForKey(key); }
 
     // Owned objects, in creation order.

@@ -24,7 +24,6 @@ public:
 
     ContactStatusStore &statusStore() { return m_statusStore; }
     const WorkedIndex &worked() const { return m_worked; }
-    ContactLog &contactLog() { return m_contactLog; }
 
     void loadStatuses() { m_statusStore.load(ContactStatusStore::defaultFilePath()); }
     void reloadWorked() { m_worked.reload(); }

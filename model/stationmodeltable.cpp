@@ -94,8 +94,8 @@ QVariant StationModel::displayData(const StationSpot &spot, int column) const
         if (!spotDistance(spot, miles, degrees))
             return QString(QChar(0x2014));
         if (column == DistanceColumn)
-            return QString::number(roundHalfUp(miles)) + QLatin1String(" mi");
-        return QString::number(roundHalfUp(degrees)) + QChar(0x00B0);
+            return QString(QString::number(roundHalfUp(miles)) + QLatin1String(" mi"));
+        return QString(QString::number(roundHalfUp(degrees)) + QChar(0x00B0));
     }
     default:
         return {};

@@ -172,7 +172,7 @@ private slots:
         QVERIFY(QJsonDocument::fromJson(input).isObject() && !want.isEmpty()); // no typo in the row
         for (auto it = want.begin(); it != want.end(); ++it) {
             const QJsonObject got{{it.key(), written.value(it.key())}};
-            QVERIFY2(got.value(it.key()) == it.value(), QJsonDocument(got).toJson(QJsonDocument::Compact));
+            QVERIFY2(got.value(it.key()) == it.value(), QJsonDocument(got).toJson(QJsonDocument::Compact).constData());
         }
     }
 
@@ -202,10 +202,10 @@ private slots:
                 QVERIFY(writeFile(path, kind));
             const SettingsFile file(path);
             AppSettings loaded = file.load();
-            QVERIFY2(loaded == AppSettings(), kind);
+            QVERIFY2(loaded == AppSettings(), kind.constData());
             QCOMPARE(loaded.fileExisted, !kind.startsWith('<'));
             loaded.callsign = QStringLiteral("G4ABC");
-            QVERIFY2(file.save(loaded), kind);
+            QVERIFY2(file.save(loaded), kind.constData());
             QCOMPARE(parse(readFile(path)), SettingsFile::toJson(loaded));
         }
     }

@@ -68,7 +68,7 @@ void HttpTestServer::respond(QTcpSocket *socket, const Request &request)
     const auto it = m_routes.constFind(request.path);
     Route route = it != m_routes.constEnd() ? *it : Route{"not found", 404, "text/plain", {}};
     const QByteArray etag = request.headers.value("if-none-match");
-    if (!etag.isEmpty() && route.headers.contains("ETag: " + etag + "\r\n")) {
+    if (!etag.isEmpty() && route.headers.contains(QByteArray("ETag: " + etag + "\r\n"))) {
         route.status = 304;
         route.body.clear();
     }

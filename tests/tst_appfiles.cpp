@@ -172,7 +172,8 @@ private slots:
         QVERIFY(QJsonDocument::fromJson(input).isObject() && !want.isEmpty()); // no typo in the row
         for (auto it = want.begin(); it != want.end(); ++it) {
             const QJsonObject got{{it.key(), written.value(it.key())}};
-            QVERIFY2(got.value(it.key()) == it.value(), QJsonDocument(got).toJson(QJsonDocument::Compact).constData());
+            QVERIFY2(got.value(it.key()) == it.value(),
+                     QJsonDocument(got).toJson(QJsonDocument::Compact).constData());
         }
     }
 

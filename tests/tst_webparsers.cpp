@@ -38,7 +38,8 @@ QStringList describe(const QList<StationSpot> &spots)
 // A reply holding the row's spot elements, shaped as the source sends it.
 QByteArray reply(StationSpot::Source source, const QByteArray &elements)
 {
-    return source == StationSpot::GMA ? QByteArray("{\"RCD\": [" + elements + "], \"ERR\": \"\"}") : QByteArray("[" + elements + "]");
+    return source == StationSpot::GMA ? QByteArray("{\"RCD\": [" + elements + "], \"ERR\": \"\"}")
+                                      : QByteArray("[" + elements + "]");
 }
 
 // One spot in the shape of every source.

@@ -1,19 +1,33 @@
 #include "app/mainwindow.h"
 
+#include "api/wsserver.h"
+#include "app/coordinatecache.h"
 #include "app/dialogs/dxclustersdialog.h"
 #include "app/dialogs/lwbridgedialog.h"
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/logexport.h"
+#include "app/serviceurls.h"
+#include "app/spotingestor.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
+#include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/radiopanel.h"
+#include "app/widgets/radioview.h"
+#include "app/widgets/sourcesview.h"
 #include "app/widgets/spottable.h"
+#include "app/widgets/updatebar.h"
 #include "app/widgets/windowlayout.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
+#include "radio/hamliblink.h"
 #include "radio/lwclient.h"
+#include "radio/radiorouter.h"
 #include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
@@ -24,6 +38,7 @@
 #include "sources/wwffspotfetcher.h"
 
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QHeaderView>
 #include <QJsonObject>
 #include <QLineEdit>
@@ -82,9 +97,9 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     wireRig();
 
     // Sources the user switched off stay quiet until ticked again.
-    m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
+    m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
     createDxFetchers();
-    if (m_filter.isSourceEnabled(StationSpot::DX))
+    if (m_settings.filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
 
     connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
@@ -198,14 +213,31 @@ void MainWindow::wireRadioPanel()
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     // In the search field the letters are text.
-    if (m_ui.filterBar->searchEdit()->hasFocus())
+    const std::optional<OperatorKey> key = operatorKeyFor(event->key(), event->modifiers());
+    if (!key || m_ui.filterBar->searchEdit()->hasFocus())
         return QMainWindow::keyPressEvent(event);
-    const int key = event->key();
-    if (m_ui.detailPanel->clickForKey(key))
+    if (!key->needsSelection || m_selection.hasSelection())
+        runOperatorAction(key->action);
+}
+
+void MainWindow::runOperatorAction(OperatorAction action)
+{
+    switch (action) {
+    case OperatorAction::Tune:
+        return onTuneClicked();
+    case OperatorAction::MarkHeard:
+        return onMarkHeard();
+    case OperatorAction::MarkNotHeard:
+        return onMarkUnheard();
+    case OperatorAction::Log:
+        return onAddToLog();
+    case OperatorAction::NextSpot:
+        m_ui.table->stepSelection(1);
         return;
-    if ((key == Qt::Key_J || key == Qt::Key_K) && m_ui.table->stepSelection(key == Qt::Key_J ? 1 : -1))
+    case OperatorAction::PreviousSpot:
+        m_ui.table->stepSelection(-1);
         return;
-    QMainWindow::keyPressEvent(event);
+    }
 }
 
 void MainWindow::wireSources()
@@ -244,10 +276,10 @@ void MainWindow::afterMerge(const QList<StationSpot> &batch)
 
 void MainWindow::applyFilter(bool save)
 {
-    const bool hideWorked = m_filter.hideWorked;
-    m_ui.filterBar->updateState(m_filter);
-    m_filter.applyTo(*m_proxy);
-    if (m_filter.hideWorked != hideWorked)
+    const bool hideWorked = m_settings.filter.hideWorked;
+    m_ui.filterBar->updateState(m_settings.filter);
+    m_settings.filter.applyTo(*m_proxy);
+    if (m_settings.filter.hideWorked != hideWorked)
         applyHideWorked();
     updateSpotCounts();
     if (save)
@@ -258,9 +290,9 @@ void MainWindow::applyFilter(bool save)
 
 void MainWindow::onSourceFilterChanged()
 {
-    m_ui.filterBar->updateState(m_filter);
-    m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
-    const bool dxOn = m_filter.isSourceEnabled(StationSpot::DX);
+    m_ui.filterBar->updateState(m_settings.filter);
+    m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
+    const bool dxOn = m_settings.filter.isSourceEnabled(StationSpot::DX);
     dxOn ? m_dxClusters.connectAll() : m_dxClusters.disconnectAll();
     m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
     applyFilter(true);
@@ -371,10 +403,9 @@ void MainWindow::onPreferences()
     const AppSettings before = m_settings;
     dialog.preferences().applyTo(m_settings);
     const AppSettings &s = m_settings;
-    m_filter.maxAgeMins = s.maxAgeMins;
-    m_filter.applyTo(*m_proxy);
+    m_settings.filter.applyTo(*m_proxy);
     applyPreferences();
-    m_ingestor->applySourceChoice(m_filter, s.refreshIntervalSecs);
+    m_ingestor->applySourceChoice(m_settings.filter, s.refreshIntervalSecs);
     m_dxClusters.setCallsign(s.callsign);
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
         m_wsServer->stopListening();
@@ -403,7 +434,7 @@ void MainWindow::onDxClusterSetup()
         return;
     m_settings.dxClusters = dialog.clusters();
     createDxFetchers();
-    if (m_filter.isSourceEnabled(StationSpot::DX))
+    if (m_settings.filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
     m_labels.showDxConnected(anyDxConnected());
     saveJsonSettings();
@@ -424,12 +455,12 @@ void MainWindow::onLwBridgeSetup()
 void MainWindow::onProgramsClicked()
 {
     ProgramsDialog dialog({m_model->potaPrograms(), m_model->sotaAssociations()},
-                          {m_filter.potaPrograms, m_filter.sotaAssociations}, this);
+                          {m_settings.filter.potaPrograms, m_settings.filter.sotaAssociations}, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_filter.potaPrograms = dialog.selection().potaPrograms;
-    m_filter.sotaAssociations = dialog.selection().sotaAssociations;
-    m_ui.filterBar->setProgramFilterActive(m_filter.hasProgramFilter());
+    m_settings.filter.potaPrograms = dialog.selection().potaPrograms;
+    m_settings.filter.sotaAssociations = dialog.selection().sotaAssociations;
+    m_ui.filterBar->setProgramFilterActive(m_settings.filter.hasProgramFilter());
     applyFilter(true);
 }
 
@@ -439,7 +470,6 @@ void MainWindow::loadJsonSettings()
     // would write a half-loaded state over the real one.
     m_loadingSettings = true;
     m_settings = SettingsFile(settingsFilePath()).load();
-    m_filter = m_settings.filterState();
     m_radio->setRigConfig(m_settings.rig);
     applyPreferences();
     if (m_settings.fileExisted)
@@ -464,18 +494,182 @@ void MainWindow::applyPreferences()
     m_coords->setLookupsEnabled(s.hasUserLocation);
 }
 
-void MainWindow::apiConfigSet(const QJsonObject &config)
+bool MainWindow::isLwBridgeActive() const
 {
-    // The command has clamped the values already.
-    if (config.contains(QStringLiteral("maxAgeMins"))) {
-        m_filter.maxAgeMins = config.value(QStringLiteral("maxAgeMins")).toInt();
-        m_filter.applyTo(*m_proxy);
-        updateSpotCounts();
-    }
-    if (config.contains(QStringLiteral("refreshIntervalSecs"))) {
-        m_settings.refreshIntervalSecs = config.value(QStringLiteral("refreshIntervalSecs")).toInt();
-        m_ingestor->applySourceChoice(m_filter, m_settings.refreshIntervalSecs);
-    }
+    return m_radio->isBridgeActive();
+}
+
+void MainWindow::onRefreshAll()
+{
+    m_ingestor->refreshAll(m_settings.filter);
+}
+
+void MainWindow::saveJsonSettings()
+{
+    if (m_loadingSettings)
+        return;
+    WindowLayout::capture(*this, *m_ui.table, *m_ui.splitter, m_settings);
+    SettingsFile(settingsFilePath()).save(m_settings);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
     saveJsonSettings();
-    m_wsServer->pushConfigChanged();
+    saveSpotSnapshot();
+    event->accept();
+}
+
+void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
+{
+    m_alerts->processBatch(spots);
+    m_ingestor->receive(spots);
+}
+
+void MainWindow::onFetchError(const QString &error)
+{
+    m_ingestor->noteFetchError();
+    m_sourcesView->fetchFailed(error);
+}
+
+void MainWindow::onFetchStarted()
+{
+    m_ingestor->noteFetchStarted();
+    m_sourcesView->fetchStarted(sender());
+}
+
+void MainWindow::onDxConnectionChanged(bool connected)
+{
+    m_sourcesView->dxConnectionChanged(connected, sender());
+}
+
+void MainWindow::exportSotaLog()
+{
+    exportLog(LogExport::sotaFormat());
+}
+
+void MainWindow::exportPotaLog()
+{
+    exportLog(LogExport::potaFormat());
+}
+
+void MainWindow::onUpdateAvailable(const QString &)
+{
+    m_ui.updateBar->show();
+}
+
+void MainWindow::onRadioConnectionChanged(bool connected)
+{
+    m_radioView->rigConnectionChanged(connected);
+}
+
+void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
+{
+    m_radioPanel->applyCapabilities(caps);
+}
+
+void MainWindow::onRadioStateRead(const RadioState &state)
+{
+    m_radioPanel->applyState(state);
+}
+
+void MainWindow::onRadioPollResult(double kHz, const QString &mode)
+{
+    m_radioView->rigPolled(kHz, mode);
+}
+
+void MainWindow::onLwConnected()
+{
+    m_radioView->bridgeLinked();
+}
+
+void MainWindow::onLwDisconnected()
+{
+    m_radioView->bridgeUnlinked();
+}
+
+void MainWindow::onLwRadioFrequency(double kHz, const QString &mode)
+{
+    m_radioView->bridgeFrequency(kHz, mode);
+}
+
+void MainWindow::onLwRadioConnectedChanged(bool connected)
+{
+    m_radioView->bridgeRigChanged(connected, m_settings.lwEnabled);
+}
+
+void MainWindow::startupChecks()
+{
+    m_radio->connectRigLater(1500); // let the window appear first
+}
+
+void MainWindow::setupToolBar()
+{
+    m_ui.buildToolBar(*this, m_labels);
+    connect(m_ui.toolBarRefreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
+}
+
+void MainWindow::loadCoordCache()
+{
+    connect(m_coords, &CoordinateCache::referenceLocated, m_model, &StationModel::setReferenceLocation);
+    m_coords->load();
+}
+
+void MainWindow::applySettingsToWidgets()
+{
+    m_ui.filterBar->setState(m_settings.filter);
+    m_settings.filter.applyTo(*m_proxy);
+    updateSpotCounts();
+    WindowLayout::restore(*this, *m_ui.table, *m_ui.splitter, m_settings);
+    m_ui.filterBar->autoAtuCheck()->setChecked(m_settings.autoAtu);
+}
+
+void MainWindow::saveSpotSnapshot() const
+{
+    m_desk.saveSnapshot(QDateTime::currentMSecsSinceEpoch());
+}
+
+void MainWindow::selectSpot(const QString &key)
+{
+    showNormal();
+    raise();
+    activateWindow();
+    const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
+    if (row >= 0)
+        m_ui.table->selectViewRow(row);
+}
+
+void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
+{
+    m_coords->queueLookups(batch);
+}
+
+void MainWindow::updateSpotCounts()
+{
+    m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount()));
+}
+
+void MainWindow::markSelected(StationSpot::Status status)
+{
+    const QString key = m_selection.selectedKey();
+    if (m_desk.statusStore()
+            .markSelection(*m_model, key, status, ContactStatusStore::Spread::SimilarAndGroup)
+            .isEmpty())
+        return;
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, status);
+    onSelectionChanged();
+}
+
+void MainWindow::exportLog(const ExportFormat &format)
+{
+    const QList<ContactRow> rows = m_desk.exportRows(format.source);
+    const QString notice = WindowDialogs::exportLog(
+        this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
+    if (!notice.isEmpty())
+        statusBar()->showMessage(notice, 6000);
+}
+
+bool MainWindow::tuneStation(double kHz, const QString &mode, bool autoAtu)
+{
+    return m_radioView->tuneTo(kHz, mode, autoAtu);
 }

@@ -189,36 +189,13 @@ bool operator==(const AppSettings &a, const AppSettings &b)
 
 QJsonObject AppSettings::apiConfig() const
 {
-    return QJsonObject{{key("callsign"), callsign},     {key("sotaRef"), sotaRef},
-                       {key("maxAgeMins"), maxAgeMins}, {key("refreshIntervalSecs"), refreshIntervalSecs},
-                       {key("wsEnabled"), wsEnabled},   {key("wsPort"), wsPort},
+    return QJsonObject{{key("callsign"), callsign},
+                       {key("sotaRef"), sotaRef},
+                       {key("maxAgeMins"), filter.maxAgeMins},
+                       {key("refreshIntervalSecs"), refreshIntervalSecs},
+                       {key("wsEnabled"), wsEnabled},
+                       {key("wsPort"), wsPort},
                        {key("wsHost"), wsHost}};
-}
-
-FilterState AppSettings::filterState() const
-{
-    FilterState filter;
-    filter.sources = sources;
-    filter.modes = modes;
-    filter.setDisabledBandNames(disabledBands);
-    filter.statusIndex = statusFilter;
-    filter.maxAgeMins = maxAgeMins;
-    filter.potaPrograms = potaPrograms;
-    filter.sotaAssociations = sotaAssociations;
-    filter.hideWorked = hideWorked;
-    return filter;
-}
-
-void AppSettings::setFilterState(const FilterState &filter)
-{
-    sources = filter.sources;
-    modes = filter.modes;
-    disabledBands = filter.disabledBandNames();
-    statusFilter = filter.statusIndex;
-    maxAgeMins = filter.maxAgeMins;
-    potaPrograms = filter.potaPrograms;
-    sotaAssociations = filter.sotaAssociations;
-    hideWorked = filter.hideWorked;
 }
 
 QString settingsFilePath()
@@ -239,7 +216,8 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.sotaRef = stringValue(json.value(key("sotaRef")));
     if (json.contains(key("hamlib")))
         s.rig = rigFromJson(json.value(key("hamlib")).toObject());
-    s.maxAgeMins = clampedInt(json.value(key("maxAgeMins")), d.maxAgeMins, 1, 720);
+    FilterState &filter = s.filter;
+    filter.maxAgeMins = clampedInt(json.value(key("maxAgeMins")), d.filter.maxAgeMins, 1, 720);
     s.refreshIntervalSecs =
         clampedInt(json.value(key("refreshIntervalSecs")), d.refreshIntervalSecs, 60, 3600);
 
@@ -249,20 +227,20 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
         s.longitude = clampedCoordinate(json.value(key("longitude")), 180.0);
     }
 
-    flagsFromJson(s.sources, json.value(key("sources")), k_sourceKeys);
+    flagsFromJson(filter.sources, json.value(key("sources")), k_sourceKeys);
     s.dxClusters = clustersFromJson(json);
-    flagsFromJson(s.modes, json.value(key("modes")), k_modeKeys);
+    flagsFromJson(filter.modes, json.value(key("modes")), k_modeKeys);
 
-    s.statusFilter =
-        clampedInt(json.value(key("statusFilter")), d.statusFilter, 0, AppSettings::k_statusFilterCount - 1);
+    filter.statusIndex = clampedInt(json.value(key("statusFilter")), d.filter.statusIndex, 0,
+                                    AppSettings::k_statusFilterCount - 1);
     s.sortColumn = clampedInt(json.value(key("sortColumn")), d.sortColumn, 0, AppSettings::k_lastSortColumn);
     const QJsonValue sortOrder = json.value(key("sortOrder"));
     if (sortOrder.isDouble())
         s.sortOrder = sortOrder.toDouble() > 0 ? Qt::DescendingOrder : Qt::AscendingOrder;
 
-    s.disabledBands = stringList(json.value(key("disabledBands")));
-    s.potaPrograms = stringList(json.value(key("potaPrograms")));
-    s.sotaAssociations = stringList(json.value(key("sotaAssociations")));
+    filter.setDisabledBandNames(stringList(json.value(key("disabledBands"))));
+    filter.potaPrograms = stringList(json.value(key("potaPrograms")));
+    filter.sotaAssociations = stringList(json.value(key("sotaAssociations")));
     s.watchCallsigns = stringList(json.value(key("watchCallsigns")));
     s.watchReferences = stringList(json.value(key("watchReferences")));
 
@@ -276,7 +254,7 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.alertsEnabled = json.value(key("alertsEnabled")).toBool(d.alertsEnabled);
     s.alertSound = json.value(key("alertSound")).toBool(d.alertSound);
     s.alertNeededOnly = json.value(key("alertNeededOnly")).toBool(d.alertNeededOnly);
-    s.hideWorked = json.value(key("hideWorked")).toBool(d.hideWorked);
+    filter.hideWorked = json.value(key("hideWorked")).toBool(d.filter.hideWorked);
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
     s.windowState = blobValue(json.value(key("windowState")));
@@ -289,21 +267,21 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
     return QJsonObject{
         {key("callsign"), s.callsign},
         {key("sotaRef"), s.sotaRef},
-        {key("maxAgeMins"), s.maxAgeMins},
+        {key("maxAgeMins"), s.filter.maxAgeMins},
         {key("refreshIntervalSecs"), s.refreshIntervalSecs},
         {key("hasUserLocation"), s.hasUserLocation},
         {key("latitude"), s.latitude},
         {key("longitude"), s.longitude},
         {key("hamlib"), rigToJson(s.rig)},
-        {key("sources"), flagsToJson(s.sources, k_sourceKeys)},
+        {key("sources"), flagsToJson(s.filter.sources, k_sourceKeys)},
         {key("dxClusters"), clustersToJson(s.dxClusters)},
-        {key("modes"), flagsToJson(s.modes, k_modeKeys)},
-        {key("statusFilter"), s.statusFilter},
+        {key("modes"), flagsToJson(s.filter.modes, k_modeKeys)},
+        {key("statusFilter"), s.filter.statusIndex},
         {key("sortColumn"), s.sortColumn},
         {key("sortOrder"), s.sortOrder == Qt::DescendingOrder ? 1 : 0},
-        {key("disabledBands"), toJsonArray(s.disabledBands)},
-        {key("potaPrograms"), toJsonArray(s.potaPrograms)},
-        {key("sotaAssociations"), toJsonArray(s.sotaAssociations)},
+        {key("disabledBands"), toJsonArray(s.filter.disabledBandNames())},
+        {key("potaPrograms"), toJsonArray(s.filter.potaPrograms)},
+        {key("sotaAssociations"), toJsonArray(s.filter.sotaAssociations)},
         {key("watchCallsigns"), toJsonArray(s.watchCallsigns)},
         {key("watchReferences"), toJsonArray(s.watchReferences)},
         {key("wsEnabled"), s.wsEnabled},
@@ -316,7 +294,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("alertsEnabled"), s.alertsEnabled},
         {key("alertSound"), s.alertSound},
         {key("alertNeededOnly"), s.alertNeededOnly},
-        {key("hideWorked"), s.hideWorked},
+        {key("hideWorked"), s.filter.hideWorked},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},
         {key("splitterState"), blobText(s.splitterState)},

@@ -32,29 +32,20 @@ struct AppSettings
 
     QString callsign;
     QString sotaRef;
-    int maxAgeMins = SpotFilterProxyModel::k_defaultMaxAgeMins; // 1..720
-    int refreshIntervalSecs = 60;                               // 60..3600
+    int refreshIntervalSecs = 60; // 60..3600
     bool hasUserLocation = false;
     double latitude = 0.0;  // -90..90, only read back when hasUserLocation
     double longitude = 0.0; // -180..180, likewise
     RigConfig rig;
 
-    // Indexed by StationSpot::Source: SOTA, POTA, WWFF, WWBOTA, BOTA, DX, GMA.
-    std::array<bool, k_sourceCount> sources = FilterState::k_defaultSources;
+    // Every choice of the filter bar; the window and the API work on this one copy.
+    // Band names the band table lacks are dropped on reading.
+    FilterState filter;
     QList<DxClusterEntry> dxClusters{defaultDxCluster()};
-    // SSB, CW, AM, FM, Other: the order the filter proxy takes them in.
-    std::array<bool, k_modeCount> modes{{true, true, true, true, true}};
 
-    int statusFilter = 0; // index into the status choice, 0..4
-    int sortColumn = 6;   // 0..9
+    int sortColumn = 6; // 0..9
     Qt::SortOrder sortOrder = Qt::DescendingOrder;
 
-    // Band names as read. A name the band table lacks is kept (it is written back unchanged)
-    // but matches no band button, so it has no effect.
-    QStringList disabledBands;
-    QStringList potaPrograms;
-    QStringList sotaAssociations;
-    bool hideWorked = false; // spots of a reference (or call) already worked on that band
     QStringList watchCallsigns;
     QStringList watchReferences;
 
@@ -74,11 +65,6 @@ struct AppSettings
     QByteArray windowGeometry;
     QByteArray windowState;
     QByteArray splitterState;
-
-    // The filter choices as the window and the API handle them. Storing one rebuilds the
-    // band list from the band table, so unknown names read from the file go then.
-    FilterState filterState() const;
-    void setFilterState(const FilterState &filter);
 
     // The API's "config.get" object.
     QJsonObject apiConfig() const;

@@ -40,12 +40,6 @@ StationSpot StationDesk::spotForKey(const QString &key) const
     return m_model.spotAt(SelectionKeeper::modelRowForKey(m_model, key));
 }
 
-bool StationDesk::markSelection(const QString &key, StationSpot::Status status)
-{
-    return !m_statusStore.markSelection(m_model, key, status, ContactStatusStore::Spread::SimilarAndGroup)
-                .isEmpty();
-}
-
 QString StationDesk::logSelection(const QString &key, const QString &myCallsign)
 {
     const StationSpot spot = spotForKey(key);

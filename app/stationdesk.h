@@ -15,8 +15,7 @@ class StationModel;
 
 // The operator's records beside the table: the marks kept across sessions,
 // the contact log and what it says was worked, the table's snapshot for the
-// next start. It works on the window's model and filter proxy, so marking,
-// logging and exporting are driven by tests without a window.
+// next start. It works on the window's model and filter proxy.
 class StationDesk final
 {
 public:
@@ -39,9 +38,6 @@ public:
 
     StationSpot spotForKey(const QString &key) const;
 
-    // The table's marks: the selected spot with its kin at the same call and
-    // its group. False when the key names no spot.
-    bool markSelection(const QString &key, StationSpot::Status status);
     // The table's log: the spot and its kin marked contacted, the line written.
     // Returns the status-bar notice; empty when the key names no spot.
     QString logSelection(const QString &key, const QString &myCallsign);

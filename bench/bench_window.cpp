@@ -1,6 +1,7 @@
 // A DX cluster line all the way into the window's table: the cost every line
 // of a busy node pays on the GUI thread.
 #include "app/mainwindow.h"
+#include "app/serviceurls.h"
 #include "app/tallisdir.h"
 #include "bench/benchdata.h"
 #include "model/stationmodel.h"

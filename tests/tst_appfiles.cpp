@@ -146,11 +146,11 @@ private slots:
         addRow("sources without dx and gma", R"({"sources":{"sota":false},"modes":{"cw":false}})",
                R"({"sources":{"sota":false,"pota":true,"wwff":true,"wwbota":true,"bota":true,"dx":false,
             "gma":true},"modes":{"ssb":true,"cw":false,"am":true,"fm":true,"other":true}})");
-        // A band name the table lacks is kept (it matches no band button); a layout blob that is not
-        // base64 is never handed to the window.
+        // A band name the table lacks is dropped; a layout blob that is not base64 is never handed
+        // to the window.
         addRow("lists and blobs", R"({"disabledBands":["20m","11m",5,""],"watchCallsigns":["W4GXX",null,
             "W4GXX"],"windowGeometry":"AQID","windowState":"not base64!"})",
-               R"({"disabledBands":["20m","11m"],
+               R"({"disabledBands":["20m"],
             "watchCallsigns":["W4GXX","W4GXX"],"windowGeometry":"AQID","windowState":""})");
         // Hosts trimmed, blank ones and non-objects dropped, ports 23 when absent and clamped, a repeat
         // (host case aside) dropped, and the older key not consulted while the list gives something.

@@ -48,7 +48,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     Preferences p;
     p.callsign = settings.callsign;
     p.sotaRef = settings.sotaRef;
-    p.maxAgeMins = settings.maxAgeMins;
+    p.maxAgeMins = settings.filter.maxAgeMins;
     p.refreshIntervalSecs = settings.refreshIntervalSecs;
     p.hasUserLocation = settings.hasUserLocation;
     p.latitude = settings.latitude;
@@ -68,7 +68,7 @@ void Preferences::applyTo(AppSettings &settings) const
 {
     settings.callsign = callsign;
     settings.sotaRef = sotaRef;
-    settings.maxAgeMins = maxAgeMins;
+    settings.filter.maxAgeMins = maxAgeMins;
     settings.refreshIntervalSecs = refreshIntervalSecs;
     settings.hasUserLocation = hasUserLocation;
     settings.latitude = latitude;

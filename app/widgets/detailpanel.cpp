@@ -97,31 +97,6 @@ void DetailPanel::setActionsEnabled(bool enabled)
         button->setEnabled(enabled);
 }
 
-bool DetailPanel::clickForKey(int key)
-{
-    QPushButton *button = nullptr;
-    switch (key) {
-    case Qt::Key_H:
-        button = m_heardButton;
-        break;
-    case Qt::Key_U:
-    case Qt::Key_Q:
-        button = m_unheardButton;
-        break;
-    case Qt::Key_L:
-        button = m_addToLogButton;
-        break;
-    case Qt::Key_T:
-        button = m_tuneButton;
-        break;
-    default:
-        return false;
-    }
-    if (button->isEnabled())
-        button->click();
-    return true;
-}
-
 void DetailPanel::showWorked(const QString &text)
 {
     m_worked->setText(text);

@@ -31,9 +31,6 @@ public:
     QPushButton *heardButton() const { return m_heardButton; }
     QPushButton *unheardButton() const { return m_unheardButton; }
     QPushButton *addToLogButton() const { return m_addToLogButton; }
-    // The operator's keys: H heard, U or Q not heard, L log, T tune. Clicks
-    // the key's button when it is enabled; false for any other key.
-    bool clickForKey(int key);
 
 private:
     QLabel *m_callsign;

@@ -1,5 +1,6 @@
 #include "app/widgets/spottable.h"
 
+#include "app/operatorkeys.h"
 #include "model/stationmodel.h"
 
 #include <QHeaderView>
@@ -65,26 +66,10 @@ void SpotTable::showDistanceColumns(bool shown)
     setColumnHidden(StationModel::BearingColumn, !shown);
 }
 
-bool SpotTable::isOperatorKey(int key)
-{
-    switch (key) {
-    case Qt::Key_H:
-    case Qt::Key_U:
-    case Qt::Key_Q:
-    case Qt::Key_L:
-    case Qt::Key_T:
-    case Qt::Key_J:
-    case Qt::Key_K:
-        return true;
-    default:
-        return false;
-    }
-}
-
 void SpotTable::keyPressEvent(QKeyEvent *event)
 {
     // Unhandled here, the key goes on to the window.
-    if (event->modifiers() == Qt::NoModifier && isOperatorKey(event->key())) {
+    if (operatorKeyFor(event->key(), event->modifiers())) {
         event->ignore();
         return;
     }

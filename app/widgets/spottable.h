@@ -24,8 +24,6 @@ public:
     bool stepSelection(int step);
     void showDistanceColumns(bool shown);
 
-    static bool isOperatorKey(int key);
-
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 };

@@ -4,6 +4,7 @@
 
 #include "app/heaptrimmer.h"
 #include "app/mainwindow.h"
+#include "app/serviceurls.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 

@@ -1,6 +1,7 @@
 #include "support/windowfixture.h"
 
 #include "app/mainwindow.h"
+#include "app/serviceurls.h"
 #include "app/settingsfile.h"
 #include "app/tallisdir.h"
 #include "model/spotfilterproxymodel.h"

@@ -1,0 +1,138 @@
+#include "app/mainwindow.h"
+
+// The functions behind the WebSocket API: each hands the request to the
+// object that owns its concern.
+
+#include "api/wsserver.h"
+#include "app/spotingestor.h"
+#include "app/widgets/filterbar.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
+#include "radio/hamliblink.h"
+#include "radio/radiorouter.h"
+
+#include <QJsonObject>
+
+bool MainWindow::apiIsRadioConnected() const
+{
+    return m_rigLink->isConnected();
+}
+
+double MainWindow::apiRadioFreqKhz() const
+{
+    return m_radio->lastFreqKhz();
+}
+
+QString MainWindow::apiRadioMode() const
+{
+    return m_radio->lastMode();
+}
+
+int MainWindow::apiVisibleSpotCount() const
+{
+    return m_proxy->rowCount();
+}
+
+int MainWindow::apiTotalSpotCount() const
+{
+    return m_model->rowCount();
+}
+
+QList<StationSpot> MainWindow::apiVisibleSpots() const
+{
+    return SelectionKeeper::visibleSpots(*m_proxy, *m_model);
+}
+
+QList<StationSpot> MainWindow::apiAllSpots() const
+{
+    return m_model->spots();
+}
+
+void MainWindow::apiFilterSet(const QJsonObject &filter)
+{
+    m_settings.filter.mergeApiJson(filter);
+    m_ui.filterBar->setState(m_settings.filter);
+    applyHideWorked();
+    onSourceFilterChanged(); // every filter, the sources' refresh and the DX link; saves; pushes
+}
+
+bool MainWindow::apiTuneToSpot(const QString &key)
+{
+    const StationSpot spot = spotForKey(key);
+    return tuneStation(spot.frequencyKhz, spot.mode);
+}
+
+void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
+{
+    m_desk.statusStore().markKey(*m_model, key, status);
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, status);
+}
+
+void MainWindow::apiRadioConnect()
+{
+    if (!m_rigLink->isConnected())
+        m_rigLink->connectRig(m_settings.rig);
+}
+
+void MainWindow::apiRadioDisconnect()
+{
+    m_rigLink->disconnectRig();
+}
+
+void MainWindow::apiSetRadioFreqKhz(double kHz)
+{
+    m_radio->target().setFrequency(kHz);
+}
+
+void MainWindow::apiSetRadioMode(const QString &mode)
+{
+    // Always the rig, re-tuning the last known frequency in the new mode.
+    m_rigLink->tune(m_radio->lastFreqKhz(), mode);
+}
+
+void MainWindow::apiSetVolume(int volume)
+{
+    m_radio->target().setVolume(volume);
+}
+
+void MainWindow::apiSetRfPower(int power)
+{
+    m_radio->target().setRfPower(power);
+}
+
+void MainWindow::apiSetMute(bool muted)
+{
+    m_radio->target().setMute(muted);
+}
+
+void MainWindow::apiSetFilter(int filter)
+{
+    m_radio->target().setFilter(filter);
+}
+
+void MainWindow::apiSetKeySpeed(int wpm)
+{
+    m_radio->target().setKeySpeed(wpm);
+}
+
+void MainWindow::apiStartTune()
+{
+    m_radio->startTune();
+}
+
+void MainWindow::apiConfigSet(const QJsonObject &config)
+{
+    // The command has clamped the values already.
+    if (config.contains(QStringLiteral("maxAgeMins"))) {
+        m_settings.filter.maxAgeMins = config.value(QStringLiteral("maxAgeMins")).toInt();
+        m_settings.filter.applyTo(*m_proxy);
+        updateSpotCounts();
+    }
+    if (config.contains(QStringLiteral("refreshIntervalSecs"))) {
+        m_settings.refreshIntervalSecs = config.value(QStringLiteral("refreshIntervalSecs")).toInt();
+        m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
+    }
+    saveJsonSettings();
+    m_wsServer->pushConfigChanged();
+}

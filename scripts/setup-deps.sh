@@ -11,7 +11,19 @@ PACKAGES=(
   libbenchmark-dev
   xvfb xauth ccache dbus dbus-daemon
   clang libclang-rt-14-dev
-  dpkg-dev desktop-file-utils appstream
+  dpkg-dev desktop-file-utils appstream file
+  util-linux procps
+)
+
+# The commands the scripts and CI stages call, each with the package that brings it: a
+# package can read as installed while its command is gone, and a minimal Debian lacks
+# some that a desktop has (CPack's Debian generator runs `file`).
+COMMANDS=(
+  cmake:cmake ninja:ninja-build c++:g++ clang++:clang clang-format:clang-format
+  ctest:cmake cpack:cmake dpkg-deb:dpkg dpkg-shlibdeps:dpkg-dev file:file
+  desktop-file-validate:desktop-file-utils appstreamcli:appstream
+  rigctld:libhamlib-utils dbus-daemon:dbus-daemon xvfb-run:xvfb unshare:util-linux
+  pkg-config:pkg-config ccache:ccache
 )
 
 missing=()
@@ -20,6 +32,13 @@ for p in "${PACKAGES[@]}"; do
     missing+=("$p")
   fi
 done
+
+for entry in "${COMMANDS[@]}"; do
+  command -v "${entry%%:*}" >/dev/null 2>&1 || missing+=("${entry#*:}")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  mapfile -t missing < <(printf '%s\n' "${missing[@]}" | sort -u)
+fi
 
 if [ ${#missing[@]} -eq 0 ]; then
   echo "==> All build dependencies are present."
@@ -40,4 +59,8 @@ echo "==> Installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 $SUDO apt-get update -q
 $SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+for entry in "${COMMANDS[@]}"; do
+  command -v "${entry%%:*}" >/dev/null 2>&1 ||
+    { echo "error: ${entry%%:*} is still missing after installing ${entry#*:}" >&2; exit 1; }
+done
 echo "==> Dependencies installed."

@@ -182,22 +182,24 @@ QStringList ContactStatusStore::markSelection(StationModel &model, const QString
     const QDateTime time = now();
     const bool spreadToGroup = spread == Spread::SimilarAndGroup && selected.groupId > 0;
 
-    model.markSimilarSpots(selected.callsign, selected.frequencyKhz, status);
-    if (spreadToGroup)
+    // What is shown marked is what is recorded, so a restart loses no mark: the similar
+    // spots, and the group's spots of the same call.
+    QList<int> rows = model.markSimilarSpots(selected.callsign, selected.frequencyKhz, status);
+    if (spreadToGroup) {
         model.markGroupSpots(selected.groupId, status);
-
-    QStringList recorded;
-    for (const StationSpot &spot : model.spots()) {
-        if (spot.callsign.compare(selected.callsign, Qt::CaseInsensitive) != 0)
-            continue;
-        const bool near =
-            std::fabs(spot.frequencyKhz - selected.frequencyKhz) <= StationModel::k_similarFreqKhz;
-        if (near || (spreadToGroup && spot.groupId == selected.groupId)) {
-            const QString key = spot.key();
-            record(key, status, time);
-            if (!recorded.contains(key))
-                recorded.append(key);
+        for (int row = 0; row < model.spots().size(); ++row) {
+            const StationSpot &spot = model.spots().at(row);
+            if (spot.groupId == selected.groupId &&
+                spot.callsign.compare(selected.callsign, Qt::CaseInsensitive) == 0)
+                rows.append(row);
         }
+    }
+    QStringList recorded;
+    for (int row : std::as_const(rows)) {
+        const QString key = model.spots().at(row).key();
+        record(key, status, time);
+        if (!recorded.contains(key))
+            recorded.append(key);
     }
     save();
     return recorded;

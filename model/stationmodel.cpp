@@ -203,14 +203,18 @@ void StationModel::markGroupSpots(int groupId, StationSpot::Status status)
     }
 }
 
-void StationModel::markSimilarSpots(const QString &callsign, double freqKhz, StationSpot::Status status)
+QList<int> StationModel::markSimilarSpots(const QString &callsign, double freqKhz, StationSpot::Status status)
 {
+    QList<int> marked;
     for (int row = 0; row < m_spots.size(); ++row) {
         const StationSpot &spot = m_spots.at(row);
         if (spot.callsign.compare(callsign, Qt::CaseInsensitive) == 0 &&
-            std::fabs(spot.frequencyKhz - freqKhz) <= k_similarFreqKhz)
+            std::fabs(spot.frequencyKhz - freqKhz) <= k_similarFreqKhz) {
             setRowStatus(row, status);
+            marked.append(row);
+        }
     }
+    return marked;
 }
 
 void StationModel::setRowStatus(int row, StationSpot::Status status)

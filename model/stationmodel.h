@@ -105,7 +105,8 @@ public:
 
     void markSpot(const QString &key, StationSpot::Status status);
     void markGroupSpots(int groupId, StationSpot::Status status);
-    void markSimilarSpots(const QString &callsign, double freqKhz, StationSpot::Status status);
+    // Marks the spots of that call (any case) within 1 kHz; returns their rows.
+    QList<int> markSimilarSpots(const QString &callsign, double freqKhz, StationSpot::Status status);
 
     // The time source of expiry and ages; tests inject a fixed clock.
     void setClock(Clock clock);

@@ -139,15 +139,16 @@ private slots:
         QTest::addColumn<QStringList>("marked");   // sorted
         const QString selected = QStringLiteral("K1ABC|US-1234|14062");
         const QString nearCaseless = QStringLiteral("k1abc|US-5678|14063");
+        const QString oneKhzUp = QStringLiteral("K1ABC|US-4444|14063"); // 14063.7: exactly 1.0 kHz
         const QString groupSameCall = QStringLiteral("K1ABC|W1/HA-001|14064");
         const QString groupOtherCall = QStringLiteral("N2DEF|US-1234|14062");
         QTest::newRow("heard spreads to the group")
             << int(StationSpot::Heard) << Spread::SimilarAndGroup
-            << QStringList{selected, groupSameCall, nearCaseless}
-            << QStringList{selected, groupSameCall, groupOtherCall, nearCaseless};
+            << QStringList{selected, oneKhzUp, groupSameCall, nearCaseless}
+            << QStringList{selected, oneKhzUp, groupSameCall, groupOtherCall, nearCaseless};
         QTest::newRow("contacted stays with similar")
-            << int(StationSpot::Contacted) << Spread::SimilarOnly << QStringList{selected, nearCaseless}
-            << QStringList{selected, nearCaseless};
+            << int(StationSpot::Contacted) << Spread::SimilarOnly
+            << QStringList{selected, oneKhzUp, nearCaseless} << QStringList{selected, oneKhzUp, nearCaseless};
     }
 
     void spreading()
@@ -159,6 +160,7 @@ private slots:
         // another call at the same park; the 7032 kHz row stands alone.
         mergeSteps(
             QStringLiteral("POTA K1ABC US-1234 14062.7, POTA k1abc US-5678 14063.5, POTA K1ABC US-9999 7032,"
+                           "POTA K1ABC US-4444 14063.7,"
                            "POTA N2DEF US-1234 14062; SOTA K1ABC W1/HA-001 14064.5"));
         ContactStatusStore store = makeStore();
 

@@ -425,18 +425,20 @@ private slots:
 
     void ageLimitAtTheMinuteTick()
     {
-        mergeSteps("POTA K1A US-1 7030 1770, POTA K2B US-2 7031, POTA K3T US-3 7032 -600");
-        QCOMPARE(shown(), QLatin1String("K1A K2B K3T"));
+        // After the minute, K4E is exactly at the 30-minute limit (shown) and K5F a second past it.
+        mergeSteps("POTA K1A US-1 7030 1770, POTA K2B US-2 7031, POTA K3T US-3 7032 -600,"
+                   "POTA K4E US-4 7033 1740, POTA K5F US-5 7034 1741");
+        QCOMPARE(shown(), QLatin1String("K1A K2B K3T K4E K5F"));
         m_now += 60 * 1000;
         auto *timer = m_proxy->findChild<QTimer *>();
         QVERIFY(timer && timer->isActive());
         QCOMPARE(timer->interval(), 60000);
         QVERIFY(QMetaObject::invokeMethod(timer, "timeout")); // no new data
-        QCOMPARE(shown(), QLatin1String("K2B K3T"));
+        QCOMPARE(shown(), QLatin1String("K2B K3T K4E"));
         m_proxy->setMaxAgeMins(0);
-        QCOMPARE(shown(), QLatin1String("K1A K2B K3T"));
+        QCOMPARE(shown(), QLatin1String("K1A K2B K3T K4E K5F"));
         m_proxy->sort(StationModel::AgeColumn, Qt::DescendingOrder); // by time, not by the age text
-        QCOMPARE(shown(), QLatin1String("K3T K2B K1A"));
+        QCOMPARE(shown(), QLatin1String("K3T K2B K4E K5F K1A"));
     }
 
     void outlivesItsModel()

@@ -94,7 +94,7 @@ public:
     bool apiTuneToSpot(const QString &key) override
     {
         const StationSpot spot = spotForKey(key);
-        return tuneStation(spot.frequencyKhz, spot.mode);
+        return tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
     }
     void apiSetSpotStatus(const QString &key, StationSpot::Status status) override
     {
@@ -111,7 +111,7 @@ public:
     void apiRadioDisconnect() override { m_rigLink->disconnectRig(); }
     void apiSetRadioFreqKhz(double kHz) override { m_radio->target().setFrequency(kHz); }
     // Always the rig, re-tuning the last known frequency in the new mode.
-    void apiSetRadioMode(const QString &mode) override { m_rigLink->tune(m_radio->lastFreqKhz(), mode); }
+    void apiSetRadioMode(const QString &mode) override { m_radio->retuneMode(mode, TuneOrigin::Api); }
     void apiSetVolume(int volume) override { m_radio->target().setVolume(volume); }
     void apiSetRfPower(int power) override { m_radio->target().setRfPower(power); }
     void apiSetMute(bool muted) override { m_radio->target().setMute(muted); }
@@ -176,17 +176,8 @@ private slots:
     void onLwBridgeSetup();
     void onProgramsClicked();
     void onUpdateAvailable(const QString &) { m_ui.updateBar->show(); }
-    void onRadioConnectionChanged(bool connected) { m_radioView->rigConnectionChanged(connected); }
     void onCapabilitiesChanged(const RadioCaps &caps) { m_radioPanel->applyCapabilities(caps); }
     void onRadioStateRead(const RadioState &state) { m_radioPanel->applyState(state); }
-    void onRadioPollResult(double kHz, const QString &mode) { m_radioView->rigPolled(kHz, mode); }
-    void onLwConnected() { m_radioView->bridgeLinked(); }
-    void onLwDisconnected() { m_radioView->bridgeUnlinked(); }
-    void onLwRadioFrequency(double kHz, const QString &mode) { m_radioView->bridgeFrequency(kHz, mode); }
-    void onLwRadioConnectedChanged(bool connected)
-    {
-        m_radioView->bridgeRigChanged(connected, m_settings.lwEnabled);
-    }
     void startupChecks() { m_radio->connectRigLater(1500); } // let the window appear first
 
 private:
@@ -202,6 +193,7 @@ private:
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
+    void wireRadioEvents();
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
@@ -262,10 +254,10 @@ private:
         if (!notice.isEmpty())
             statusBar()->showMessage(notice, 6000);
     }
-    // False when no radio path is up or the frequency is unknown.
-    bool tuneStation(double kHz, const QString &mode, bool autoAtu = false)
+    // False when no radio path is up, the frequency is unknown or the program asked.
+    bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false)
     {
-        return m_radioView->tuneTo(kHz, mode, autoAtu);
+        return m_radio->tune(kHz, mode, origin, autoAtu);
     }
     StationSpot spotForKey(const QString &key) const { return m_desk.spotForKey(key); }
 

@@ -109,7 +109,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     saveJsonSettings();
 
     m_wsServer = new WsServer(this, this);
-    m_radioView->setApiServer(m_wsServer);
+    wireRadioEvents();
     startApiServer();
     startBridge();
     // The operator's keys belong to the table from the start, not to the search field.
@@ -321,8 +321,8 @@ void MainWindow::onSelectionChanged()
     m_model->setHighlightGroup(spot.groupId);
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
-    if (!m_selection.isRestoring())
-        tuneStation(spot.frequencyKhz, spot.mode, m_settings.autoAtu);
+    tuneStation(spot.frequencyKhz, spot.mode,
+                m_selection.isRestoring() ? TuneOrigin::Program : TuneOrigin::Operator, m_settings.autoAtu);
 }
 
 void MainWindow::onAddToLog()
@@ -339,19 +339,21 @@ void MainWindow::onAddToLog()
 
 void MainWindow::wireRig()
 {
-    connect(m_rig, &HamlibController::connectionChanged, this, &MainWindow::onRadioConnectionChanged);
     connect(m_rig, &HamlibController::capabilitiesChanged, this, &MainWindow::onCapabilitiesChanged);
     connect(m_rig, &HamlibController::radioStateRead, this, &MainWindow::onRadioStateRead);
     connect(m_rig, &HamlibController::error, this,
             [this](const QString &message) { statusBar()->showMessage(message, 5000); });
 
     m_rigThread = m_rigLink->startWorkerThread(this);
+}
 
-    m_pollTimer->setInterval(500);
-    connect(m_pollTimer, &QTimer::timeout, m_rig, &HamlibController::requestPoll);
-    connect(m_rig, &HamlibController::pollResult, this, &MainWindow::onRadioPollResult);
-    m_reconnectTimer->setInterval(15000);
-    connect(m_reconnectTimer, &QTimer::timeout, m_radio, &RadioRouter::onReconnectTick);
+void MainWindow::wireRadioEvents()
+{
+    connect(m_radio, &RadioRouter::rigConnected, m_wsServer, &WsServer::pushRadioConnected);
+    connect(m_radio, &RadioRouter::rigDisconnected, m_wsServer, &WsServer::pushRadioDisconnected);
+    connect(m_radio, &RadioRouter::frequencyChanged, m_wsServer, &WsServer::pushRadioFrequency);
+    connect(m_radio, &RadioRouter::bridgeLinked, m_wsServer, &WsServer::pushLwConnected);
+    connect(m_radio, &RadioRouter::bridgeUnlinked, m_wsServer, &WsServer::pushLwDisconnected);
 }
 
 void MainWindow::startApiServer()
@@ -370,14 +372,9 @@ void MainWindow::startApiServer()
 void MainWindow::startBridge()
 {
     m_lwClient = new LwClient(this);
-    m_radioView->setBridge(m_lwClient);
     m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
-    m_radio->setBridge(m_lwClient, [client = m_lwClient] { return client->isLinked(); });
+    m_radio->setBridge(m_lwClient);
     m_radio->setBridgeEnabled(m_settings.lwEnabled);
-    connect(m_lwClient, &LwClient::connectedToLw, this, &MainWindow::onLwConnected);
-    connect(m_lwClient, &LwClient::disconnectedFromLw, this, &MainWindow::onLwDisconnected);
-    connect(m_lwClient, &LwClient::radioFrequency, this, &MainWindow::onLwRadioFrequency);
-    connect(m_lwClient, &LwClient::radioConnectedChanged, this, &MainWindow::onLwRadioConnectedChanged);
     if (m_settings.lwEnabled)
         m_lwClient->setEnabled(true);
 }
@@ -392,7 +389,7 @@ void MainWindow::onTuneClicked()
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
-    tuneStation(spot.frequencyKhz, spot.mode);
+    tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
 }
 
 void MainWindow::onPreferences()
@@ -557,11 +554,6 @@ void MainWindow::onUpdateAvailable(const QString &)
     m_ui.updateBar->show();
 }
 
-void MainWindow::onRadioConnectionChanged(bool connected)
-{
-    m_radioView->rigConnectionChanged(connected);
-}
-
 void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
 {
     m_radioPanel->applyCapabilities(caps);
@@ -570,31 +562,6 @@ void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
 void MainWindow::onRadioStateRead(const RadioState &state)
 {
     m_radioPanel->applyState(state);
-}
-
-void MainWindow::onRadioPollResult(double kHz, const QString &mode)
-{
-    m_radioView->rigPolled(kHz, mode);
-}
-
-void MainWindow::onLwConnected()
-{
-    m_radioView->bridgeLinked();
-}
-
-void MainWindow::onLwDisconnected()
-{
-    m_radioView->bridgeUnlinked();
-}
-
-void MainWindow::onLwRadioFrequency(double kHz, const QString &mode)
-{
-    m_radioView->bridgeFrequency(kHz, mode);
-}
-
-void MainWindow::onLwRadioConnectedChanged(bool connected)
-{
-    m_radioView->bridgeRigChanged(connected, m_settings.lwEnabled);
 }
 
 void MainWindow::startupChecks()
@@ -669,7 +636,7 @@ void MainWindow::exportLog(const ExportFormat &format)
         statusBar()->showMessage(notice, 6000);
 }
 
-bool MainWindow::tuneStation(double kHz, const QString &mode, bool autoAtu)
+bool MainWindow::tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu)
 {
-    return m_radioView->tuneTo(kHz, mode, autoAtu);
+    return m_radio->tune(kHz, mode, origin, autoAtu);
 }

@@ -37,6 +37,7 @@ class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
 struct ExportFormat;
+enum class TuneOrigin;
 struct ServiceUrls;
 
 // The application controller: owns every long-lived object in a fixed order,
@@ -114,14 +115,8 @@ private slots:
     void onLwBridgeSetup();
     void onProgramsClicked();
     void onUpdateAvailable(const QString &version);
-    void onRadioConnectionChanged(bool connected);
     void onCapabilitiesChanged(const RadioCaps &caps);
     void onRadioStateRead(const RadioState &state);
-    void onRadioPollResult(double kHz, const QString &mode);
-    void onLwConnected();
-    void onLwDisconnected();
-    void onLwRadioFrequency(double kHz, const QString &mode);
-    void onLwRadioConnectedChanged(bool connected);
     void startupChecks();
 
 private:
@@ -133,6 +128,7 @@ private:
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
+    void wireRadioEvents();
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
@@ -160,8 +156,8 @@ private:
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);
     void exportLog(const ExportFormat &format);
-    // False when no radio path is up or the frequency is unknown.
-    bool tuneStation(double kHz, const QString &mode, bool autoAtu = false);
+    // False when no radio path is up, the frequency is unknown or the program asked.
+    bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
     StationSpot spotForKey(const QString &key) const { return m_desk.spotForKey(key); }
 
     // Owned objects, in creation order.

@@ -59,7 +59,7 @@ void MainWindow::apiFilterSet(const QJsonObject &filter)
 bool MainWindow::apiTuneToSpot(const QString &key)
 {
     const StationSpot spot = spotForKey(key);
-    return tuneStation(spot.frequencyKhz, spot.mode);
+    return tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
 }
 
 void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
@@ -88,7 +88,7 @@ void MainWindow::apiSetRadioFreqKhz(double kHz)
 void MainWindow::apiSetRadioMode(const QString &mode)
 {
     // Always the rig, re-tuning the last known frequency in the new mode.
-    m_rigLink->tune(m_radio->lastFreqKhz(), mode);
+    m_radio->retuneMode(mode, TuneOrigin::Api);
 }
 
 void MainWindow::apiSetVolume(int volume)

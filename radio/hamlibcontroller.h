@@ -11,8 +11,8 @@
 struct s_rig;
 
 // The one place that talks to the transceiver: wraps a Hamlib rig handle.
-// It lives on a worker thread of its own and is reached by queued invocations
-// by name; only isConnected() may be called from another thread.
+// It lives on a worker thread of its own and is reached only through
+// HamlibLink's typed calls; only isConnected() may be called from another thread.
 class HamlibController final : public QObject
 {
     Q_OBJECT
@@ -22,12 +22,12 @@ public:
     explicit HamlibController(QObject *parent = nullptr);
     ~HamlibController() override;
 
-    Q_INVOKABLE bool isConnected() const;
-    Q_INVOKABLE double getFrequency() const;
-    Q_INVOKABLE QString getMode() const;
-    Q_INVOKABLE RadioState queryState() const;
-    Q_INVOKABLE RadioCaps queryCaps() const;
-    Q_INVOKABLE QStringList availableRigs() const;
+    bool isConnected() const;
+    double getFrequency() const;
+    QString getMode() const;
+    RadioState queryState() const;
+    RadioCaps queryCaps() const;
+    QStringList availableRigs() const;
 
 public slots:
     bool connectRig(const RigConfig &config);

@@ -7,7 +7,11 @@
 HamlibLink::HamlibLink(HamlibController *rig, QObject *parent)
     : QObject(parent)
     , m_rig(rig)
-{}
+{
+    connect(rig, &HamlibController::connectionChanged, this, &HamlibLink::connectionChanged);
+    connect(rig, &HamlibController::pollResult, this, &HamlibLink::pollResult);
+    connect(rig, &HamlibController::capabilitiesChanged, this, &HamlibLink::capabilitiesChanged);
+}
 
 HamlibLink::~HamlibLink() = default;
 

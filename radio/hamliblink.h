@@ -10,10 +10,11 @@
 class HamlibController;
 class QThread;
 
-// The only way into the rig controller from another thread. Every call is a
-// typed functor queued to the controller's thread, so a misspelt operation is
-// a compile error rather than a silent no-op; the *AndWait forms block until
-// the worker has answered, for the set-up dialog's buttons.
+// The only way into the rig controller from another thread, and its reports
+// back out on this object's thread. Every call is a typed functor queued to the
+// controller's thread, so a misspelt operation is a compile error rather than a
+// silent no-op; the *AndWait forms block until the worker has answered, for the
+// set-up dialog's buttons.
 class HamlibLink final : public QObject, public RadioControl
 {
     Q_OBJECT
@@ -51,6 +52,11 @@ public:
     // Reads frequency (kHz) and mode from the rig; false when not connected.
     bool readFrequencyAndWait(double &kHz, QString &mode);
     QStringList availableRigsAndWait();
+
+signals:
+    void connectionChanged(bool connected);
+    void pollResult(double kHz, const QString &mode);
+    void capabilitiesChanged(const RadioCaps &caps);
 
 private:
     template <typename Call>

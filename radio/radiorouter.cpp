@@ -1,10 +1,9 @@
 #include "radio/radiorouter.h"
 
 #include "radio/hamliblink.h"
+#include "radio/lwclient.h"
 
 #include <QTimer>
-
-#include <utility>
 
 RadioRouter::RadioRouter(HamlibLink *rig, QTimer *pollTimer, QTimer *reconnectTimer, QObject *parent)
     : QObject(parent)
@@ -13,25 +12,31 @@ RadioRouter::RadioRouter(HamlibLink *rig, QTimer *pollTimer, QTimer *reconnectTi
     , m_reconnectTimer(reconnectTimer)
 {
     m_pollTimer->setObjectName(QStringLiteral("radioPollTimer"));
+    m_pollTimer->setInterval(k_pollMs);
     m_reconnectTimer->setObjectName(QStringLiteral("rigReconnectTimer"));
+    m_reconnectTimer->setInterval(k_reconnectMs);
+    connect(m_pollTimer, &QTimer::timeout, m_rig, &HamlibLink::requestPoll);
+    connect(m_reconnectTimer, &QTimer::timeout, this, &RadioRouter::onReconnectTick);
+    connect(m_rig, &HamlibLink::connectionChanged, this, &RadioRouter::onRadioConnectionChanged);
+    connect(m_rig, &HamlibLink::pollResult, this, &RadioRouter::onRadioPollResult);
+    connect(m_rig, &HamlibLink::capabilitiesChanged, this,
+            [this](const RadioCaps &caps) { m_rigCanTune = caps.hasTune; });
 }
 
 RadioRouter::~RadioRouter() = default;
 
-void RadioRouter::setBridge(RadioControl *bridge, std::function<bool()> isLinked)
+void RadioRouter::setBridge(LwClient *bridge)
 {
+    if (m_bridge)
+        m_bridge->disconnect(this);
     m_bridge = bridge;
-    m_bridgeLinked = std::move(isLinked);
-}
-
-bool RadioRouter::isBridgeActive() const
-{
-    return m_bridgeEnabled && m_bridge && m_bridgeLinked && m_bridgeLinked();
-}
-
-bool RadioRouter::isRigConnected() const
-{
-    return m_rig->isConnected();
+    m_bridgeLinked = bridge && bridge->isLinked();
+    if (!bridge)
+        return;
+    connect(bridge, &LwClient::connectedToLw, this, &RadioRouter::onLwConnected);
+    connect(bridge, &LwClient::disconnectedFromLw, this, &RadioRouter::onLwDisconnected);
+    connect(bridge, &LwClient::radioFrequency, this, &RadioRouter::onLwRadioFrequency);
+    connect(bridge, &LwClient::radioConnectedChanged, this, &RadioRouter::onLwRadioConnectedChanged);
 }
 
 RadioControl &RadioRouter::target() const
@@ -41,11 +46,24 @@ RadioControl &RadioRouter::target() const
     return *m_rig;
 }
 
-bool RadioRouter::tune(double kHz, const QString &mode)
+bool RadioRouter::tune(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu)
 {
+    if (origin == TuneOrigin::Program || kHz <= 0 || !(isBridgeActive() || m_rigConnected))
+        return false;
     const bool viaBridge = isBridgeActive();
     target().tune(kHz, mode);
-    return viaBridge;
+    emit tuned(kHz, viaBridge);
+    if (autoAtu && m_rigCanTune) {
+        target().startTune();
+        emit atuCycleStarted(kHz);
+    }
+    return true;
+}
+
+void RadioRouter::retuneMode(const QString &mode, TuneOrigin origin)
+{
+    if (origin != TuneOrigin::Program)
+        m_rig->tune(m_lastFreqKhz, mode);
 }
 
 void RadioRouter::startTune()
@@ -53,49 +71,66 @@ void RadioRouter::startTune()
     target().startTune();
 }
 
-void RadioRouter::notePollResult(double kHz, const QString &mode)
+void RadioRouter::onRadioConnectionChanged(bool connected)
 {
-    if (kHz > 0)
-        m_lastFreqKhz = kHz;
-    m_lastMode = mode;
-}
-
-void RadioRouter::noteBridgeFrequency(double kHz, const QString &mode)
-{
-    m_lastFreqKhz = kHz;
-    m_lastMode = mode;
-}
-
-void RadioRouter::onRigConnectionChanged(bool connected)
-{
+    m_rigConnected = connected;
     if (connected) {
         m_pollTimer->start();
         m_reconnectTimer->stop();
         m_rig->requestPoll();
+        emit rigConnected();
         return;
     }
     m_pollTimer->stop();
     if (hasRigPort())
         m_reconnectTimer->start();
+    emit rigDisconnected();
 }
 
-void RadioRouter::onBridgeLinked()
+void RadioRouter::onRadioPollResult(double kHz, const QString &mode)
 {
+    if (kHz > 0)
+        m_lastFreqKhz = kHz;
+    m_lastMode = mode;
+    emit frequencyChanged(m_lastFreqKhz, m_lastMode, RadioPath::Rig);
+}
+
+void RadioRouter::onLwConnected()
+{
+    m_bridgeLinked = true;
     // The companion program reports the radio now.
     m_reconnectTimer->stop();
     m_pollTimer->stop();
+    emit bridgeLinked(m_bridge->host(), m_bridge->port());
 }
 
-void RadioRouter::onBridgeUnlinked()
+void RadioRouter::onLwDisconnected()
 {
-    if (m_rig->isConnected())
+    m_bridgeLinked = false;
+    if (m_rigConnected)
         m_pollTimer->start();
     else if (hasRigPort())
         m_reconnectTimer->start();
+    emit bridgeUnlinked();
+}
+
+void RadioRouter::onLwRadioFrequency(double kHz, const QString &mode)
+{
+    m_lastFreqKhz = kHz;
+    m_lastMode = mode;
+    emit frequencyChanged(m_lastFreqKhz, m_lastMode, RadioPath::Bridge);
+}
+
+void RadioRouter::onLwRadioConnectedChanged(bool connected)
+{
+    // Otherwise the radio label is the rig's.
+    if (isBridgeActive())
+        emit bridgeRigConnectionChanged(connected);
 }
 
 void RadioRouter::onReconnectTick()
 {
+    // The worker's own flag: a connect it has just made may not have been reported yet.
     if (hasRigPort() && !m_rig->isConnected())
         m_rig->connectRig(m_rigConfig);
 }

@@ -1,7 +1,6 @@
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
 #include "radio/lwclient.h"
-#include "radio/radiocontrol.h"
 #include "radio/radiorouter.h"
 #include "support/testmain.h"
 
@@ -16,25 +15,6 @@
 #include <memory>
 
 namespace {
-
-// The companion program's side, as far as the router can tell: what it was asked.
-class RecordingBridge final : public RadioControl
-{
-public:
-    QStringList calls;
-
-    void tune(double kHz, const QString &mode) override
-    {
-        calls << QStringLiteral("tune %1 %2").arg(kHz).arg(mode);
-    }
-    void setFrequency(double) override {}
-    void setVolume(int) override {}
-    void setRfPower(int) override {}
-    void setMute(bool) override {}
-    void setFilter(int) override {}
-    void setKeySpeed(int) override {}
-    void startTune() override { calls << QStringLiteral("startTune"); }
-};
 
 // The companion program as far as the bridge sees it: accepts one link at a
 // time and keeps every command it received, as compact JSON with sorted keys.
@@ -90,6 +70,7 @@ class TestRadioRouter final : public QObject
     std::unique_ptr<HamlibLink> m_link;
     QTimer m_poll;
     QTimer m_reconnect;
+    QStringList m_log;
 
     QString rigReading() const
     {
@@ -99,9 +80,50 @@ class TestRadioRouter final : public QObject
         return connected ? QStringLiteral("%1 %2").arg(kHz).arg(mode) : QStringLiteral("not connected");
     }
 
+    // Each of the router's signals as one line, with the timers as they stand when it is emitted.
+    void record(RadioRouter &router)
+    {
+        const auto note = [this](const QString &line) {
+            m_log << line + (m_poll.isActive() ? QStringLiteral(" poll") : QString()) +
+                         (m_reconnect.isActive() ? QStringLiteral(" reconnect") : QString());
+        };
+        connect(&router, &RadioRouter::rigConnected, this, [note] { note(QStringLiteral("rig on")); });
+        connect(&router, &RadioRouter::rigDisconnected, this, [note] { note(QStringLiteral("rig off")); });
+        connect(&router, &RadioRouter::bridgeLinked, this, [note](const QString &host, quint16 port) {
+            note(QStringLiteral("linked %1:%2").arg(host).arg(port));
+        });
+        connect(&router, &RadioRouter::bridgeUnlinked, this, [note] { note(QStringLiteral("unlinked")); });
+        connect(&router, &RadioRouter::bridgeRigConnectionChanged, this,
+                [note](bool on) { note(QStringLiteral("bridge rig %1").arg(on)); });
+        connect(&router, &RadioRouter::frequencyChanged, this,
+                [note](double kHz, const QString &mode, RadioPath path) {
+                    note(QStringLiteral("%1 %2 by %3")
+                             .arg(kHz)
+                             .arg(mode,
+                                  path == RadioPath::Rig ? QStringLiteral("rig") : QStringLiteral("bridge")));
+                });
+        connect(&router, &RadioRouter::tuned, this, [note](double kHz, bool viaBridge) {
+            note(QStringLiteral("tuned %1 %2").arg(kHz).arg(viaBridge));
+        });
+        connect(&router, &RadioRouter::atuCycleStarted, this,
+                [note](double kHz) { note(QStringLiteral("atu %1").arg(kHz)); });
+    }
+
+    // Opens the dummy rig at 7030 kHz CW and waits for the router to hear of it and its first poll.
+    bool openRig(RadioRouter &router)
+    {
+        m_poll.setInterval(3600000); // only the poll the router asks for on connecting
+        QSignalSpy polled(&router, &RadioRouter::frequencyChanged);
+        if (!m_link->connectRigAndWait(RigConfig()))
+            return false;
+        m_link->tune(7030, QStringLiteral("CW")); // queued ahead of that poll
+        return polled.wait(5000);
+    }
+
 private slots:
     void init()
     {
+        m_log.clear();
         m_controller = new HamlibController;
         m_controller->moveToThread(&m_thread);
         m_thread.start();
@@ -118,91 +140,126 @@ private slots:
         delete m_controller;
     }
 
-    void timersFollowTheRig_data()
+    void reportsBecomeSignals_data()
     {
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<bool>("polling");
-        QTest::addColumn<bool>("reconnecting");
-        QTest::newRow("connected") << true << QStringLiteral("/dev/ttyUSB0") << true << false;
-        QTest::newRow("lost, port set") << false << QStringLiteral("/dev/ttyUSB0") << false << true;
-        QTest::newRow("lost, no port") << false << QString() << false << false;
+        QTest::addColumn<bool>("port");
+        QTest::addColumn<bool>("bridgeEnabled");
+        QTest::newRow("port, bridge on") << true << true;
+        QTest::newRow("port, bridge off") << true << false;
+        QTest::newRow("no port, bridge on") << false << true;
     }
 
-    void timersFollowTheRig()
+    // The rig link's and the bridge's signals alone drive the router's state, timers and signals.
+    void reportsBecomeSignals()
     {
-        QFETCH(bool, connected);
-        QFETCH(QString, port);
-        QFETCH(bool, polling);
-        QFETCH(bool, reconnecting);
+        QFETCH(bool, port);
+        QFETCH(bool, bridgeEnabled);
         RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
         RigConfig config;
-        config.port = port;
+        config.port = port ? QStringLiteral("/dev/ttyUSB0") : QString();
         router.setRigConfig(config);
-        if (connected)
-            QVERIFY(m_link->connectRigAndWait(RigConfig()));
-        m_poll.start();
-        if (connected)
-            m_reconnect.start();
+        CompanionServer lw;
+        LwClient client;
+        router.setBridge(&client);
+        router.setBridgeEnabled(bridgeEnabled);
+        record(router);
+        QCOMPARE(m_poll.interval(), RadioRouter::k_pollMs);
+        QCOMPARE(m_reconnect.interval(), RadioRouter::k_reconnectMs);
+        QVERIFY(openRig(router));
 
-        router.onRigConnectionChanged(connected);
-        QCOMPARE(m_poll.isActive(), polling);
-        QCOMPARE(m_reconnect.isActive(), reconnecting);
-        router.onBridgeLinked();
-        QVERIFY(!m_poll.isActive() && !m_reconnect.isActive());
-        router.onBridgeUnlinked();
-        QCOMPARE(m_poll.isActive(), polling);
-        QCOMPARE(m_reconnect.isActive(), reconnecting);
-    }
+        // A mode change re-tunes the rig at the last frequency, unless the program asked.
+        router.retuneMode(QStringLiteral("USB"), TuneOrigin::Program);
+        QCOMPARE(rigReading(), QStringLiteral("7030 CW"));
+        router.retuneMode(QStringLiteral("USB"), TuneOrigin::Api);
+        QCOMPARE(rigReading(), QStringLiteral("7030 USB"));
 
-    void requestsTakeTheActivePath_data()
-    {
-        QTest::addColumn<QString>("bridgeState");
-        QTest::addColumn<bool>("viaBridge");
-        QTest::newRow("enabled and linked") << QStringLiteral("present enabled linked") << true;
-        QTest::newRow("disabled") << QStringLiteral("present linked") << false;
-        QTest::newRow("unlinked") << QStringLiteral("present enabled") << false;
-        QTest::newRow("no bridge") << QStringLiteral("enabled linked") << false;
-    }
+        QVERIFY(link(client, lw));
+        QCOMPARE(router.isBridgeActive(), bridgeEnabled);
+        QSignalSpy frequency(&router, &RadioRouter::frequencyChanged);
+        lw.sendEvent(R"({"type":"event","event":"radio.disconnected"})");
+        lw.sendEvent(R"({"type":"event","event":"radio.frequency","data":{"freq_khz":14062.5,"mode":"CW"}})");
+        QVERIFY(frequency.wait(5000));
+        QSignalSpy unlinked(&router, &RadioRouter::bridgeUnlinked);
+        client.setEnabled(false);
+        QTRY_COMPARE(unlinked.size(), 1);
+        QSignalSpy rigOff(&router, &RadioRouter::rigDisconnected);
+        m_link->disconnectRigAndWait();
+        QVERIFY(rigOff.wait(5000));
+        QVERIFY(!router.isRigConnected());
+        QVERIFY(link(client, lw));
+        lw.sendEvent(R"({"type":"event","event":"radio.frequency","data":{"mode":"LSB"}})");
+        lw.peer->close();
+        QTRY_COMPARE(unlinked.size(), 2);
 
-    void requestsTakeTheActivePath()
-    {
-        QFETCH(QString, bridgeState);
-        QFETCH(bool, viaBridge);
-        RecordingBridge bridge;
-        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
-        const bool linked = bridgeState.contains(QStringLiteral("linked"));
-        if (bridgeState.contains(QStringLiteral("present")))
-            router.setBridge(&bridge, [linked] { return linked; });
-        router.setBridgeEnabled(bridgeState.contains(QStringLiteral("enabled")));
-        QVERIFY(m_link->connectRigAndWait(RigConfig()));
-        m_link->tune(7030, QStringLiteral("CW"));
-
-        QCOMPARE(router.isBridgeActive(), viaBridge);
-        QCOMPARE(&router.target(), viaBridge ? static_cast<RadioControl *>(&bridge) : m_link.get());
-        QCOMPARE(router.tune(14074, QStringLiteral("USB")), viaBridge);
-        router.startTune();
-        const QStringList bridgeCalls{QStringLiteral("tune 14074 USB"), QStringLiteral("startTune")};
-        QCOMPARE(bridge.calls, viaBridge ? bridgeCalls : QStringList());
-        QCOMPARE(rigReading(), viaBridge ? QStringLiteral("7030 CW") : QStringLiteral("14074 USB"));
-        m_link->disconnectRigAndWait(); // the rig list through the link is the window's radio set-up test
-        QVERIFY(!m_link->isConnected());
-        QCOMPARE(rigReading(), QStringLiteral("not connected"));
-    }
-
-    // A poll's 0 kHz keeps the last frequency, the bridge's is taken as it comes.
-    void lastFrequencyAndMode()
-    {
-        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
-        router.noteBridgeFrequency(14074, QStringLiteral("USB"));
-        router.notePollResult(0, QStringLiteral("CW"));
-        QCOMPARE(router.lastFreqKhz(), 14074.0);
-        QCOMPARE(router.lastMode(), QStringLiteral("CW"));
-        router.notePollResult(7030, QStringLiteral("CW"));
-        QCOMPARE(router.lastFreqKhz(), 7030.0);
-        router.noteBridgeFrequency(0, QString());
+        const QString idle = port ? QStringLiteral(" reconnect") : QString();
+        const QString linked = QStringLiteral("linked 127.0.0.1:%1").arg(lw.server.serverPort());
+        QStringList expected{QStringLiteral("rig on poll"), QStringLiteral("7030 CW by rig poll"), linked};
+        if (bridgeEnabled)
+            expected << QStringLiteral("bridge rig 0");
+        expected << QStringLiteral("14062.5 CW by bridge") << QStringLiteral("unlinked poll")
+                 << QStringLiteral("rig off") + idle << linked << QStringLiteral("0 LSB by bridge")
+                 << QStringLiteral("unlinked") + idle;
+        QCOMPARE(m_log, expected);
+        // What the API reads is what was last reported: the bridge's 0 kHz is taken as it comes.
         QCOMPARE(router.lastFreqKhz(), 0.0);
-        QCOMPARE(router.lastMode(), QString());
+        QCOMPARE(router.lastMode(), QStringLiteral("LSB"));
+    }
+
+    void tuneGoesWhereItsOriginAllows_data()
+    {
+        QTest::addColumn<int>("origin");
+        QTest::addColumn<bool>("bridgeEnabled");
+        QTest::addColumn<double>("kHz");
+        QTest::addColumn<bool>("autoAtu");
+        QTest::addColumn<QString>("reaches");
+        const int op = int(TuneOrigin::Operator), api = int(TuneOrigin::Api), prog = int(TuneOrigin::Program);
+        QTest::newRow("operator, rig") << op << false << 14074.0 << true << QStringLiteral("rig");
+        QTest::newRow("operator, bridge") << op << true << 14074.0 << true << QStringLiteral("bridge");
+        QTest::newRow("api, rig") << api << false << 14074.0 << false << QStringLiteral("rig");
+        QTest::newRow("api, bridge") << api << true << 14074.0 << false << QStringLiteral("bridge");
+        QTest::newRow("program, rig") << prog << false << 14074.0 << true << QString();
+        QTest::newRow("program, bridge") << prog << true << 14074.0 << true << QString();
+        QTest::newRow("operator, no frequency") << op << true << 0.0 << true << QString();
+    }
+
+    void tuneGoesWhereItsOriginAllows()
+    {
+        QFETCH(int, origin);
+        QFETCH(bool, bridgeEnabled);
+        QFETCH(double, kHz);
+        QFETCH(bool, autoAtu);
+        QFETCH(QString, reaches);
+        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
+        CompanionServer lw;
+        LwClient client;
+        router.setBridge(&client);
+        router.setBridgeEnabled(bridgeEnabled);
+        QVERIFY(openRig(router)); // the dummy rig has a tuner
+        QVERIFY(link(client, lw));
+        record(router);
+
+        QCOMPARE(router.tune(kHz, QStringLiteral("USB"), TuneOrigin(origin), autoAtu), !reaches.isEmpty());
+        router.startTune();    // and the API's tuner cycle, by the same path
+        client.setMute(false); // a marker behind anything the bridge was sent
+        QStringList sent{cmd(1, "link.announce", R"({"controller":"Tallis"})")};
+        const bool viaBridge = reaches == QLatin1String("bridge");
+        if (viaBridge) {
+            sent << cmd(2, "link.tune", R"({"freq_khz":14074,"mode":"USB"})");
+            if (autoAtu)
+                sent << cmd(3, "radio.tune");
+        }
+        if (bridgeEnabled)
+            sent << cmd(int(sent.size()) + 1, "radio.tune");
+        sent << cmd(int(sent.size()) + 1, "radio.mute", R"({"muted":false})");
+        QTRY_COMPARE(lw.received, sent);
+        QCOMPARE(rigReading(),
+                 reaches == QLatin1String("rig") ? QStringLiteral("14074 USB") : QStringLiteral("7030 CW"));
+        QStringList signalled;
+        if (!reaches.isEmpty())
+            signalled << QStringLiteral("tuned 14074 %1").arg(viaBridge);
+        if (!reaches.isEmpty() && autoAtu)
+            signalled << QStringLiteral("atu 14074");
+        QCOMPARE(m_log, signalled);
     }
 
     void bridgeCommandsWhileLinked()

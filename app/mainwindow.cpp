@@ -195,21 +195,6 @@ void MainWindow::setupStatusBar()
     m_sourcesView = new SourcesView(m_sourceHealth, m_ingestor, m_dxClusters, m_labels, statusBar(), this);
 }
 
-void MainWindow::wireRadioPanel()
-{
-    m_radioPanel = m_ui.detailPanel->radioPanel();
-    m_radioPanel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
-    m_radioPanel->driveRig(m_rigLink);
-    connect(m_radioPanel, &RadioPanel::tuneAtuClicked, this, [this] {
-        m_rigLink->startTune();
-        statusBar()->showMessage(QStringLiteral("ATU tuning cycle started."), 4000);
-    });
-    connect(m_radioPanel, &RadioPanel::autoAtuToggled, this, [this](bool on) {
-        m_settings.autoAtu = on;
-        saveJsonSettings(); // skipped while the settings are being loaded
-    });
-}
-
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     // In the search field the letters are text.
@@ -337,25 +322,6 @@ void MainWindow::onAddToLog()
     onSelectionChanged();
 }
 
-void MainWindow::wireRig()
-{
-    connect(m_rig, &HamlibController::capabilitiesChanged, this, &MainWindow::onCapabilitiesChanged);
-    connect(m_rig, &HamlibController::radioStateRead, this, &MainWindow::onRadioStateRead);
-    connect(m_rig, &HamlibController::error, this,
-            [this](const QString &message) { statusBar()->showMessage(message, 5000); });
-
-    m_rigThread = m_rigLink->startWorkerThread(this);
-}
-
-void MainWindow::wireRadioEvents()
-{
-    connect(m_radio, &RadioRouter::rigConnected, m_wsServer, &WsServer::pushRadioConnected);
-    connect(m_radio, &RadioRouter::rigDisconnected, m_wsServer, &WsServer::pushRadioDisconnected);
-    connect(m_radio, &RadioRouter::frequencyChanged, m_wsServer, &WsServer::pushRadioFrequency);
-    connect(m_radio, &RadioRouter::bridgeLinked, m_wsServer, &WsServer::pushLwConnected);
-    connect(m_radio, &RadioRouter::bridgeUnlinked, m_wsServer, &WsServer::pushLwDisconnected);
-}
-
 void MainWindow::startApiServer()
 {
     if (!m_settings.wsEnabled)
@@ -367,98 +333,6 @@ void MainWindow::startApiServer()
     else
         statusBar()->showMessage(
             QStringLiteral("WebSocket API: failed to listen on port %1").arg(m_settings.wsPort), 8000);
-}
-
-void MainWindow::startBridge()
-{
-    m_lwClient = new LwClient(this);
-    m_lwClient->setTarget(m_settings.lwHost, m_settings.lwPort);
-    m_radio->setBridge(m_lwClient);
-    m_radio->setBridgeEnabled(m_settings.lwEnabled);
-    if (m_settings.lwEnabled)
-        m_lwClient->setEnabled(true);
-}
-
-void MainWindow::onTuneClicked()
-{
-    if (!m_selection.hasSelection())
-        return;
-    if (!isLwBridgeActive() && !m_rigLink->isConnected()) {
-        if (WindowDialogs::askToConfigureRadio(this))
-            onRadioSetup();
-        return;
-    }
-    const StationSpot spot = spotForKey(m_selection.selectedKey());
-    tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
-}
-
-void MainWindow::onPreferences()
-{
-    PreferencesDialog dialog(Preferences::fromSettings(m_settings), this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const AppSettings before = m_settings;
-    dialog.preferences().applyTo(m_settings);
-    const AppSettings &s = m_settings;
-    m_settings.filter.applyTo(*m_proxy);
-    applyPreferences();
-    m_ingestor->applySourceChoice(m_settings.filter, s.refreshIntervalSecs);
-    m_dxClusters.setCallsign(s.callsign);
-    if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
-        m_wsServer->stopListening();
-        startApiServer();
-    }
-    updateSpotCounts();
-    saveJsonSettings();
-    m_wsServer->pushConfigChanged();
-}
-
-void MainWindow::onRadioSetup()
-{
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
-                            RadioSetupDialog::detectSerialPorts(), RigSetupCalls::through(*m_rigLink), this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    m_settings.rig = dialog.rigConfig();
-    m_radio->setRigConfig(m_settings.rig);
-    saveJsonSettings();
-}
-
-void MainWindow::onDxClusterSetup()
-{
-    DxClustersDialog dialog(m_settings.dxClusters, this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    m_settings.dxClusters = dialog.clusters();
-    createDxFetchers();
-    if (m_settings.filter.isSourceEnabled(StationSpot::DX))
-        m_dxClusters.connectAll();
-    m_labels.showDxConnected(anyDxConnected());
-    saveJsonSettings();
-}
-
-void MainWindow::onLwBridgeSetup()
-{
-    LwBridgeDialog dialog(LwBridgeSettings::fromSettings(m_settings), this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const LwBridgeSettings chosen = dialog.settings();
-    chosen.applyTo(m_settings);
-    m_radio->setBridgeEnabled(chosen.enabled);
-    m_lwClient->retarget(chosen.host, chosen.port, chosen.enabled);
-    saveJsonSettings();
-}
-
-void MainWindow::onProgramsClicked()
-{
-    ProgramsDialog dialog({m_model->potaPrograms(), m_model->sotaAssociations()},
-                          {m_settings.filter.potaPrograms, m_settings.filter.sotaAssociations}, this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    m_settings.filter.potaPrograms = dialog.selection().potaPrograms;
-    m_settings.filter.sotaAssociations = dialog.selection().sotaAssociations;
-    m_ui.filterBar->setProgramFilterActive(m_settings.filter.hasProgramFilter());
-    applyFilter(true);
 }
 
 void MainWindow::loadJsonSettings()
@@ -539,34 +413,9 @@ void MainWindow::onDxConnectionChanged(bool connected)
     m_sourcesView->dxConnectionChanged(connected, sender());
 }
 
-void MainWindow::exportSotaLog()
-{
-    exportLog(LogExport::sotaFormat());
-}
-
-void MainWindow::exportPotaLog()
-{
-    exportLog(LogExport::potaFormat());
-}
-
 void MainWindow::onUpdateAvailable(const QString &)
 {
     m_ui.updateBar->show();
-}
-
-void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
-{
-    m_radioPanel->applyCapabilities(caps);
-}
-
-void MainWindow::onRadioStateRead(const RadioState &state)
-{
-    m_radioPanel->applyState(state);
-}
-
-void MainWindow::startupChecks()
-{
-    m_radio->connectRigLater(1500); // let the window appear first
 }
 
 void MainWindow::setupToolBar()
@@ -625,18 +474,4 @@ void MainWindow::markSelected(StationSpot::Status status)
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, status);
     onSelectionChanged();
-}
-
-void MainWindow::exportLog(const ExportFormat &format)
-{
-    const QList<ContactRow> rows = m_desk.exportRows(format.source);
-    const QString notice = WindowDialogs::exportLog(
-        this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
-    if (!notice.isEmpty())
-        statusBar()->showMessage(notice, 6000);
-}
-
-bool MainWindow::tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu)
-{
-    return m_radio->tune(kHz, mode, origin, autoAtu);
 }

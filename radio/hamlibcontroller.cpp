@@ -206,6 +206,18 @@ bool HamlibController::tune(double kHz, const QString &mode)
     return true;
 }
 
+bool HamlibController::tuneWithModes(double kHz, const QStringList &rigModes)
+{
+    if (!setFrequency(kHz))
+        return false;
+    for (const QString &name : rigModes) {
+        const rmode_t mode = rig_parse_mode(name.toLatin1().constData());
+        if (mode != RIG_MODE_NONE && rig_set_mode(m_rig, RIG_VFO_CURR, mode, RIG_PASSBAND_NOCHANGE) == RIG_OK)
+            break;
+    }
+    return true;
+}
+
 bool HamlibController::setPtt(bool on)
 {
     if (m_pttType == 0)

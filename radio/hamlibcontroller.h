@@ -34,6 +34,9 @@ public slots:
     void disconnectRig();
     bool setFrequency(double kHz);
     bool tune(double kHz, const QString &mode);
+    // The frequency, then the first of the Hamlib mode names ("PKTUSB", "USB") the rig
+    // accepts; a rig that takes none keeps its mode and no error is reported.
+    bool tuneWithModes(double kHz, const QStringList &rigModes);
     bool setPtt(bool on);
     void requestPoll();
 

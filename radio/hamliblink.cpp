@@ -78,6 +78,11 @@ void HamlibLink::tune(double kHz, const QString &mode)
     post([kHz, mode](HamlibController &rig) { rig.tune(kHz, mode); });
 }
 
+void HamlibLink::tuneWithModes(double kHz, const QStringList &rigModes)
+{
+    post([kHz, rigModes](HamlibController &rig) { rig.tuneWithModes(kHz, rigModes); });
+}
+
 void HamlibLink::setFrequency(double kHz)
 {
     post([kHz](HamlibController &rig) { rig.setFrequency(kHz); });

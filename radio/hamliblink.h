@@ -39,6 +39,8 @@ public:
     void setBreakIn(int breakIn);
 
     void tune(double kHz, const QString &mode) override;
+    // Sets the frequency, then the first of the Hamlib mode names the rig takes; quiet when it takes none.
+    void tuneWithModes(double kHz, const QStringList &rigModes);
     void setFrequency(double kHz) override;
     void setVolume(int volume) override;
     void setRfPower(int power) override;

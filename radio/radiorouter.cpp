@@ -1,9 +1,12 @@
 #include "radio/radiorouter.h"
 
+#include "model/bands.h"
 #include "radio/hamliblink.h"
 #include "radio/lwclient.h"
 
 #include <QTimer>
+
+#include <cmath>
 
 RadioRouter::RadioRouter(HamlibLink *rig, QTimer *pollTimer, QTimer *reconnectTimer, QObject *parent)
     : QObject(parent)
@@ -51,13 +54,59 @@ bool RadioRouter::tune(double kHz, const QString &mode, TuneOrigin origin, bool 
     if (origin == TuneOrigin::Program || kHz <= 0 || !(isBridgeActive() || m_rigConnected))
         return false;
     const bool viaBridge = isBridgeActive();
-    target().tune(kHz, mode);
+    const QStringList rigModes = viaBridge ? QStringList() : rigModesFor(mode);
+    if (rigModes.isEmpty())
+        target().tune(kHz, mode);
+    else
+        m_rig->tuneWithModes(kHz, rigModes);
     emit tuned(kHz, viaBridge);
-    if (autoAtu && m_rigCanTune) {
+    if (autoAtu && origin == TuneOrigin::Operator && m_rigCanTune && atuCycleNeeded(kHz)) {
         target().startTune();
+        m_lastCycleKhz = kHz;
         emit atuCycleStarted(kHz);
     }
     return true;
+}
+
+bool RadioRouter::atuCycleNeeded(double kHz) const
+{
+    if (m_lastCycleKhz <= 0)
+        return true;
+    return bandIndexForFrequency(kHz) != bandIndexForFrequency(m_lastCycleKhz) ||
+           std::abs(kHz - m_lastCycleKhz) > 0.02 * m_lastCycleKhz;
+}
+
+QStringList RadioRouter::rigModesFor(const QString &spotMode)
+{
+    const QString mode = spotMode.trimmed().toUpper();
+    static const QStringList digital{QStringLiteral("FT8"), QStringLiteral("FT4"), QStringLiteral("JS8"),
+                                     QStringLiteral("DATA"), QStringLiteral("DIGI")};
+    // A rig without a data mode still hears the signal on USB.
+    if (digital.contains(mode) || mode.startsWith(QLatin1String("PSK")))
+        return {QStringLiteral("PKTUSB"), QStringLiteral("USB")};
+    if (mode == QLatin1String("RTTY"))
+        return {QStringLiteral("RTTY")};
+    return {};
+}
+
+void RadioRouter::connectRig()
+{
+    m_disconnectHeld = false;
+    m_rig->connectRig(m_rigConfig);
+}
+
+void RadioRouter::disconnectRig()
+{
+    m_disconnectHeld = true;
+    m_reconnectTimer->stop();
+    m_rig->disconnectRig();
+}
+
+void RadioRouter::releaseDisconnectHold()
+{
+    m_disconnectHeld = false;
+    if (!m_rigConnected && hasRigPort() && !isBridgeActive())
+        m_reconnectTimer->start();
 }
 
 void RadioRouter::retuneMode(const QString &mode, TuneOrigin origin)
@@ -69,6 +118,8 @@ void RadioRouter::retuneMode(const QString &mode, TuneOrigin origin)
 void RadioRouter::startTune()
 {
     target().startTune();
+    if (m_lastFreqKhz > 0)
+        m_lastCycleKhz = m_lastFreqKhz;
 }
 
 void RadioRouter::onRadioConnectionChanged(bool connected)
@@ -82,7 +133,7 @@ void RadioRouter::onRadioConnectionChanged(bool connected)
         return;
     }
     m_pollTimer->stop();
-    if (hasRigPort())
+    if (hasRigPort() && !m_disconnectHeld)
         m_reconnectTimer->start();
     emit rigDisconnected();
 }
@@ -109,7 +160,7 @@ void RadioRouter::onLwDisconnected()
     m_bridgeLinked = false;
     if (m_rigConnected)
         m_pollTimer->start();
-    else if (hasRigPort())
+    else if (hasRigPort() && !m_disconnectHeld)
         m_reconnectTimer->start();
     emit bridgeUnlinked();
 }
@@ -131,7 +182,7 @@ void RadioRouter::onLwRadioConnectedChanged(bool connected)
 void RadioRouter::onReconnectTick()
 {
     // The worker's own flag: a connect it has just made may not have been reported yet.
-    if (hasRigPort() && !m_rig->isConnected())
+    if (hasRigPort() && !m_disconnectHeld && !m_rig->isConnected())
         m_rig->connectRig(m_rigConfig);
 }
 

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class HamlibLink;
 class LwClient;
@@ -50,14 +51,27 @@ public:
     // The bridge while it is active, else the rig: where the API's radio requests go.
     RadioControl &target() const;
 
-    // Tunes by the active path when one is up and kHz is above 0, then starts a
-    // tuner cycle when autoAtu is asked and the rig has a tuner. False when
-    // nothing was tuned; a Program request never is.
+    // Tunes by the active path when one is up and kHz is above 0. With autoAtu,
+    // an operator's tune starts a tuner cycle (which transmits) only when the
+    // rig has a tuner and the tune changed band or moved more than 2% from the
+    // last cycle of this run. False when nothing was tuned; a Program request
+    // never is.
     bool tune(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
     // A new mode on the rig, always the rig, at the last known frequency.
     void retuneMode(const QString &mode, TuneOrigin origin);
-    // The antenna tuner's cycle by the active path.
+    // The antenna tuner's cycle by the active path, on request.
     void startTune();
+    // The Hamlib modes to try, in order, for a spot's mode the rig's own mode
+    // table leaves alone (digital and RTTY spots); empty for the others.
+    static QStringList rigModesFor(const QString &spotMode);
+
+    // The operator's connect and disconnect. A disconnect holds: the rig is not
+    // reconnected by the timer until the operator connects again (or releases
+    // the hold by setting the rig up anew). A link that dropped by itself is retried.
+    void connectRig();
+    void disconnectRig();
+    void releaseDisconnectHold();
+    bool isDisconnectHeld() const { return m_disconnectHeld; }
 
     double lastFreqKhz() const { return m_lastFreqKhz; }
     QString lastMode() const { return m_lastMode; }
@@ -87,6 +101,7 @@ private:
     void onLwRadioConnectedChanged(bool connected);
     // The reconnect timer's tick: retries the rig when a port is set and it is not connected.
     void onReconnectTick();
+    bool atuCycleNeeded(double kHz) const;
 
     HamlibLink *m_rig;
     QTimer *m_pollTimer;
@@ -99,4 +114,6 @@ private:
     RigConfig m_rigConfig;
     double m_lastFreqKhz = 0.0;
     QString m_lastMode;
+    double m_lastCycleKhz = 0.0; // none yet
+    bool m_disconnectHeld = false;
 };

@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     // Whatever was read, written again, reads back the same, field for field.
     QString written;
-    decltype(records) kept;
+    QList<QList<std::pair<QString, QString>>> kept;
     for (const auto &fields : records) {
         bool plainNames = true;
         QString text;

@@ -4,15 +4,8 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
-
-QString isoText(const QDateTime &time)
-{
-    return time.isValid() ? time.toUTC().toString(Qt::ISODate) : QString();
-}
 
 QString dateText(const QDate &date)
 {
@@ -50,36 +43,26 @@ QString ContactLog::filePath(const StationSpot &spot) const
 QByteArray ContactLog::recordLine(const StationSpot &spot, const QString &myCallsign,
                                   const QDateTime &loggedAt)
 {
-    // QJsonObject keeps its keys sorted, which is the order the file promises.
-    const QJsonObject record{
-        {QStringLiteral("callsign"), spot.callsign},
-        {QStringLiteral("comments"), spot.comments},
-        {QStringLiteral("frequency_khz"), spot.frequencyKhz},
-        {QStringLiteral("grid"), spot.grid},
-        {QStringLiteral("location"), spot.locationDesc},
-        {QStringLiteral("mode"), spot.mode},
-        {QStringLiteral("my_callsign"), myCallsign},
-        {QStringLiteral("reference"), spot.reference},
-        {QStringLiteral("reference_name"), spot.referenceName},
-        {QStringLiteral("source"), spot.sourceString()},
-        {QStringLiteral("spot_time"), isoText(spot.spotTime)},
-        {QStringLiteral("spotter"), spot.spotter},
-        {QStringLiteral("timestamp"), isoText(loggedAt)},
-    };
-    return QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n';
+    return ContactRecord::fromSpot(spot, myCallsign, loggedAt).logLine();
 }
 
 bool ContactLog::append(const StationSpot &spot, const QString &myCallsign) const
 {
-    const QDateTime loggedAt = now();
+    return append(ContactRecord::fromSpot(spot, myCallsign, now()));
+}
+
+bool ContactLog::append(const ContactRecord &record) const
+{
     if (m_directory == tallisDirPath())
         ensureTallisDir();
     else
         QDir().mkpath(m_directory);
-    QFile file(m_directory + QLatin1Char('/') + fileName(spot.sourceString(), loggedAt.date()));
+    QFile file(m_directory + QLatin1Char('/') +
+               fileName(record.spot.sourceString(), record.loggedAt.toUTC().date()));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
         return false;
-    const QByteArray line = recordLine(spot, myCallsign, loggedAt);
+    keepPrivate(file);
+    const QByteArray line = record.logLine();
     // One write of the whole line, flushed before returning: a crash loses at
     // most this contact, never an earlier one.
     return file.write(line) == line.size() && file.flush();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/logbook/contactrecord.h"
 #include "model/stationspot.h"
 
 #include <QByteArray>
@@ -30,13 +31,16 @@ public:
     // The file a contact with spot logged now goes to.
     QString filePath(const StationSpot &spot) const;
 
-    // The record of spot logged at loggedAt, compact, keys ascending, with "\n".
+    // The record of spot logged at loggedAt with the mode's default reports,
+    // compact, keys ascending, with "\n".
     static QByteArray recordLine(const StationSpot &spot, const QString &myCallsign,
                                  const QDateTime &loggedAt);
 
     // Appends the record of spot, logged now, and flushes it to disk. A file
     // that cannot be opened loses the line; false says so.
     bool append(const StationSpot &spot, const QString &myCallsign) const;
+    // Appends record to the daily file of its source and of the day it was logged.
+    bool append(const ContactRecord &record) const;
 
     // The status-bar notice for a contact with spot logged now.
     QString loggedMessage(const StationSpot &spot) const;

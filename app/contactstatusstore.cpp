@@ -122,6 +122,7 @@ bool ContactStatusStore::save() const
     QSaveFile file(m_path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
+    keepPrivate(file);
     const QByteArray data = QJsonDocument(entries).toJson(QJsonDocument::Indented);
     if (file.write(data) != data.size())
         return false; // QSaveFile drops the partial copy; the old file stays

@@ -180,6 +180,7 @@ void CoordinateCache::save()
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return;
+    keepPrivate(file);
     file.write(QJsonDocument(array).toJson(QJsonDocument::Indented));
     file.commit();
 }

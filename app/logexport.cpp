@@ -1,6 +1,7 @@
 #include "app/logexport.h"
 
 #include "app/contactstatusstore.h"
+#include "app/logbook/adifwriter.h"
 #include "model/bands.h"
 
 #include <QSaveFile>
@@ -99,9 +100,7 @@ QString sotaCsv(const QList<ContactRow> &rows, const QString &myCallsign, const 
 
 QString adifField(const QString &name, const QString &value)
 {
-    // Characters, not UTF-16 units or bytes: an accented or astral letter counts once.
-    const qsizetype length = value.toUcs4().size();
-    return QStringLiteral("<%1:%2>%3 ").arg(name, QString::number(length), value);
+    return AdifWriter::field(name, value);
 }
 
 QString potaAdif(const QList<ContactRow> &rows, const QString &myCallsign)

@@ -255,6 +255,8 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.alertSound = json.value(key("alertSound")).toBool(d.alertSound);
     s.alertNeededOnly = json.value(key("alertNeededOnly")).toBool(d.alertNeededOnly);
     filter.hideWorked = json.value(key("hideWorked")).toBool(d.filter.hideWorked);
+    s.confirmLog = json.value(key("confirmLog")).toBool(d.confirmLog);
+    s.workedAdifFiles = stringList(json.value(key("workedAdifFiles")));
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
     s.windowState = blobValue(json.value(key("windowState")));
@@ -295,6 +297,8 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("alertSound"), s.alertSound},
         {key("alertNeededOnly"), s.alertNeededOnly},
         {key("hideWorked"), s.filter.hideWorked},
+        {key("confirmLog"), s.confirmLog},
+        {key("workedAdifFiles"), toJsonArray(s.workedAdifFiles)},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},
         {key("splitterState"), blobText(s.splitterState)},
@@ -332,6 +336,7 @@ bool SettingsFile::save(const AppSettings &settings) const
     QSaveFile file(m_path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
+    keepPrivate(file);
     const QByteArray data = QJsonDocument(toJson(settings)).toJson(QJsonDocument::Indented);
     if (file.write(data) != data.size())
         return false; // QSaveFile discards the partial copy; the old file stays

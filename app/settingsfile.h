@@ -60,6 +60,10 @@ struct AppSettings
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    // Logging asks first: the records, their reports and comments, in a dialog.
+    bool confirmLog = false;
+    // The operator's own logbooks, exported as ADIF, read for "worked before".
+    QStringList workedAdifFiles;
 
     // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
     QByteArray windowGeometry;

@@ -98,6 +98,7 @@ bool SpotSnapshot::write(const QList<StationSpot> &spots, qint64 nowMs) const
     QSaveFile file(filePath());
     if (!file.open(QIODevice::WriteOnly))
         return false;
+    keepPrivate(file);
     const QByteArray data = QJsonDocument(root).toJson(QJsonDocument::Compact);
     if (file.write(data) != data.size())
         return false; // QSaveFile drops the partial copy; the old file stays

@@ -40,14 +40,27 @@ StationSpot StationDesk::spotForKey(const QString &key) const
     return m_model.spotAt(SelectionKeeper::modelRowForKey(m_model, key));
 }
 
-QString StationDesk::logSelection(const QString &key, const QString &myCallsign)
+QList<ContactRecord> StationDesk::selectionRecords(const QString &key, const QString &myCallsign,
+                                                   const QList<RecordEdit> &edits) const
+{
+    const int row = SelectionKeeper::modelRowForKey(m_model, key);
+    if (row < 0)
+        return {};
+    RecordBuilder builder(m_model.spots(), myCallsign);
+    builder.setEdits(edits);
+    return builder.build(m_model.spotAt(row), m_contactLog.now());
+}
+
+QString StationDesk::logSelection(const QString &key, const QString &myCallsign,
+                                  const QList<RecordEdit> &edits)
 {
     const StationSpot spot = spotForKey(key);
+    const QList<ContactRecord> records = selectionRecords(key, myCallsign, edits);
     if (m_statusStore
             .markSelection(m_model, key, StationSpot::Contacted, ContactStatusStore::Spread::SimilarOnly)
             .isEmpty())
         return QString();
-    noteLogged(spot, myCallsign);
+    noteLogged(records);
     return m_contactLog.loggedMessage(spot);
 }
 
@@ -55,14 +68,16 @@ bool StationDesk::logKey(const QString &key, const QString &myCallsign)
 {
     if (SelectionKeeper::modelRowForKey(m_model, key) < 0)
         return false;
-    noteLogged(spotForKey(key), myCallsign);
+    noteLogged({ContactRecord::fromSpot(spotForKey(key), myCallsign, m_contactLog.now())});
     return true;
 }
 
-void StationDesk::noteLogged(const StationSpot &spot, const QString &myCallsign)
+void StationDesk::noteLogged(const QList<ContactRecord> &records)
 {
-    m_contactLog.append(spot, myCallsign);
-    m_worked.addContact(spot, m_contactLog.now());
+    for (const ContactRecord &record : records) {
+        m_contactLog.append(record);
+        m_worked.addContact(record.spot, record.loggedAt);
+    }
     if (m_hideWorked)
         setHideWorked(true);
 }

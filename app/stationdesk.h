@@ -2,6 +2,7 @@
 
 #include "app/contactlog.h"
 #include "app/contactstatusstore.h"
+#include "app/logbook/recordbuilder.h"
 #include "app/logexport.h"
 #include "app/spotsnapshot.h"
 #include "app/workedindex.h"
@@ -38,16 +39,22 @@ public:
 
     StationSpot spotForKey(const QString &key) const;
 
-    // The table's log: the spot and its kin marked contacted, the line written.
+    // The records logging the selection writes: one per reference worked
+    // (the spot's and those of its kin at the same call within 1 kHz), with
+    // the operator's edits. Empty when the key names no spot.
+    QList<ContactRecord> selectionRecords(const QString &key, const QString &myCallsign,
+                                          const QList<RecordEdit> &edits = {}) const;
+    // The table's log: the spot and its kin marked contacted, one line per
+    // reference written, each to its own source's file, all at one time.
     // Returns the status-bar notice; empty when the key names no spot.
-    QString logSelection(const QString &key, const QString &myCallsign);
-    // The API's log: only the line, no mark. False when the key names no spot.
+    QString logSelection(const QString &key, const QString &myCallsign, const QList<RecordEdit> &edits = {});
+    // The API's log: only the spot's own line, no mark. False when the key names no spot.
     bool logKey(const QString &key, const QString &myCallsign);
 
     QList<ContactRow> exportRows(StationSpot::Source source) const;
 
 private:
-    void noteLogged(const StationSpot &spot, const QString &myCallsign);
+    void noteLogged(const QList<ContactRecord> &records);
 
     StationModel &m_model;
     SpotFilterProxyModel &m_proxy;

@@ -19,14 +19,6 @@
 
 namespace {
 
-// Keys are compared without regard to case; most references and call signs
-// arrive upper-cased already and are then used without a copy.
-QString folded(const QString &text)
-{
-    const QString trimmed = text.trimmed();
-    return trimmed.isUpper() ? trimmed : trimmed.toUpper();
-}
-
 bool isBlank(const QByteArray &line)
 {
     for (const char c : line) {
@@ -223,9 +215,7 @@ WorkedIndex::WorkedIndex(QString directory)
 
 void WorkedIndex::reload()
 {
-    m_references.clear();
-    m_callsigns.clear();
-    m_contactCount = 0;
+    m_log.clear();
     m_malformedCount = 0;
     // Unsorted, and without the directory listing's extra checks: a few
     // thousand daily files are usual, and the latest contact wins whatever the order.
@@ -262,8 +252,8 @@ bool WorkedIndex::addLine(const QByteArray &line)
         ++m_malformedCount;
         return false;
     }
-    record(fields->callsign, fields->reference, *fields->frequencyKhz, loggedAt.toMSecsSinceEpoch(),
-           fields->mode);
+    m_log.record(fields->callsign, fields->reference, bandIndexForFrequency(*fields->frequencyKhz),
+                 loggedAt.toMSecsSinceEpoch(), fields->mode.trimmed());
     return true;
 }
 
@@ -271,56 +261,50 @@ void WorkedIndex::addContact(const StationSpot &spot, const QDateTime &loggedAtU
 {
     if (spot.callsign.trimmed().isEmpty() || !loggedAtUtc.isValid())
         return;
-    record(spot.callsign, spot.reference, spot.frequencyKhz, loggedAtUtc.toMSecsSinceEpoch(), spot.mode);
+    m_log.record(spot.callsign, spot.reference, bandIndexForFrequency(spot.frequencyKhz),
+                 loggedAtUtc.toMSecsSinceEpoch(), spot.mode.trimmed());
 }
 
-void WorkedIndex::record(const QString &callsign, const QString &reference, double frequencyKhz,
-                         qint64 timeMs, const QString &mode)
+void WorkedIndex::setImported(std::shared_ptr<const WorkedTable> imported)
 {
-    const int band = bandIndexForFrequency(frequencyKhz);
-    const QString trimmedMode = mode.trimmed();
-    recordIn(m_callsigns, folded(callsign), band, timeMs, trimmedMode);
-    const QString ref = folded(reference);
-    if (!ref.isEmpty())
-        recordIn(m_references, ref, band, timeMs, trimmedMode);
-    ++m_contactCount;
+    m_imported = std::move(imported);
 }
 
-void WorkedIndex::recordIn(Table &table, const QString &subject, int band, qint64 timeMs, const QString &mode)
+QVarLengthArray<const WorkedTable *, 2> WorkedIndex::tables() const
 {
-    BandContacts &contacts = table[subject];
-    for (Contact &contact : contacts) {
-        if (contact.band != band)
-            continue;
-        // Logs are read in file-name order, not time order: keep the latest.
-        if (timeMs >= contact.timeMs) {
-            contact.timeMs = timeMs;
-            contact.mode = mode;
-        }
-        return;
-    }
-    contacts.append(Contact{band, timeMs, mode});
-}
-
-const WorkedIndex::BandContacts *WorkedIndex::subjectContacts(const StationSpot &spot) const
-{
-    const QString ref = folded(spot.reference);
-    const Table &table = ref.isEmpty() ? m_callsigns : m_references;
-    const auto it = table.constFind(ref.isEmpty() ? folded(spot.callsign) : ref);
-    return it == table.cend() ? nullptr : &it.value();
+    QVarLengthArray<const WorkedTable *, 2> list{&m_log};
+    if (m_imported)
+        list.append(m_imported.get());
+    return list;
 }
 
 const WorkedIndex::Contact *WorkedIndex::contactOnBand(const StationSpot &spot) const
 {
-    const BandContacts *contacts = subjectContacts(spot);
-    if (!contacts)
-        return nullptr;
+    const QString ref = WorkedTable::folded(spot.reference);
+    const QString subject = ref.isEmpty() ? WorkedTable::folded(spot.callsign) : ref;
     const int band = bandIndexForFrequency(spot.frequencyKhz);
-    for (const Contact &contact : *contacts) {
-        if (contact.band == band)
-            return &contact;
+    const Contact *latest = nullptr;
+    for (const WorkedTable *table : tables()) {
+        const WorkedTable::BandContacts *contacts =
+            ref.isEmpty() ? table->callsign(subject) : table->reference(subject);
+        if (!contacts)
+            continue;
+        for (const Contact &contact : *contacts) {
+            if (contact.band == band && (!latest || contact.timeMs > latest->timeMs))
+                latest = &contact;
+        }
     }
-    return nullptr;
+    return latest;
+}
+
+bool WorkedIndex::isSubjectWorked(const StationSpot &spot) const
+{
+    const QString ref = WorkedTable::folded(spot.reference);
+    for (const WorkedTable *table : tables()) {
+        if (ref.isEmpty() ? table->callsign(WorkedTable::folded(spot.callsign)) : table->reference(ref))
+            return true;
+    }
+    return false;
 }
 
 bool WorkedIndex::isWorkedOnBand(const StationSpot &spot) const
@@ -330,8 +314,14 @@ bool WorkedIndex::isWorkedOnBand(const StationSpot &spot) const
 
 bool WorkedIndex::isReferenceWorked(const QString &reference) const
 {
-    const QString ref = folded(reference);
-    return !ref.isEmpty() && m_references.contains(ref);
+    const QString ref = WorkedTable::folded(reference);
+    if (ref.isEmpty())
+        return false;
+    for (const WorkedTable *table : tables()) {
+        if (table->reference(ref))
+            return true;
+    }
+    return false;
 }
 
 QString WorkedIndex::detailText(const StationSpot &spot) const
@@ -343,5 +333,5 @@ QString WorkedIndex::detailText(const StationSpot &spot) const
                                                        : QString::fromLatin1(k_bands[contact->band].name);
         return QStringLiteral("Worked before: %1 on %2 %3").arg(date, band, contact->mode).trimmed();
     }
-    return subjectContacts(spot) ? QStringLiteral("New band") : QStringLiteral("Not worked before");
+    return isSubjectWorked(spot) ? QStringLiteral("New band") : QStringLiteral("Not worked before");
 }

@@ -219,10 +219,12 @@ private slots:
         s.grid = QStringLiteral("FN42aa");
         s.locationDesc = QStringLiteral("US-MA");
         const QByteArray expected =
-            "{\"callsign\":\"K1ABC\",\"comments\":\"\",\"frequency_khz\":14062.7,\"grid\":\"FN42aa\","
+            "{\"band\":\"20m\",\"callsign\":\"K1ABC\",\"comments\":\"\",\"frequency_khz\":14062.7,"
+            "\"grid\":\"FN42aa\","
             "\"location\":\"US-MA\",\"mode\":\"CW\",\"my_callsign\":\"N0ME\",\"reference\":\"US-1234\","
             "\"reference_name\":\"\xc3\x96land "
-            "\\\"Park\\\"\",\"source\":\"POTA\",\"spot_time\":\"2026-11-14T17:40:00Z\","
+            "\\\"Park\\\"\",\"rst_rcvd\":\"599\",\"rst_sent\":\"599\",\"source\":\"POTA\",\"spot_time\":"
+            "\"2026-11-14T17:40:00Z\","
             "\"spotter\":\"W2XYZ\",\"timestamp\":\"2026-11-14T17:52:23Z\"}\n";
         QCOMPARE(ContactLog::recordLine(s, QStringLiteral("N0ME"), utc("2026-11-14T17:52:23Z")), expected);
         s.spotTime = QDateTime();

@@ -2,7 +2,7 @@
 #include "bench/benchdata.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
-#include "sources/potaspotfetcher.h"
+#include "sources/websource.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -91,10 +91,9 @@ QByteArray potaReply(int n)
 void BM_ParsePota(benchmark::State &state)
 {
     const QByteArray body = potaReply(int(state.range(0)));
-    for (auto _ : state) {
-        QString error;
-        benchmark::DoNotOptimize(PotaSpotFetcher::parseSpots(body, &error));
-    }
+    const WebSource pota = WebSource::of(StationSpot::POTA);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(pota.parse(body));
     state.SetBytesProcessed(state.iterations() * body.size());
 }
 BENCHMARK(BM_ParsePota)->Arg(1000)->Unit(benchmark::kMicrosecond);

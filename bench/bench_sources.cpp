@@ -1,7 +1,7 @@
 // Spot parsers against the cost of Qt's JSON reader alone on the same bytes:
 // the parsers should add little to what reading the JSON costs anyway.
 #include "bench/benchdata.h"
-#include "sources/sotaspotfetcher.h"
+#include "sources/websource.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -95,8 +95,9 @@ BENCHMARK(BM_JsonBaseline)->Arg(1000)->Unit(benchmark::kMicrosecond);
 void BM_ParseSota(benchmark::State &state)
 {
     const QByteArray body = sotaReply(int(state.range(0)));
+    const WebSource sota = WebSource::of(StationSpot::SOTA);
     for (auto _ : state)
-        benchmark::DoNotOptimize(SotaSpotFetcher::parseSpots(body, nullptr));
+        benchmark::DoNotOptimize(sota.parse(body));
     state.SetBytesProcessed(state.iterations() * body.size());
 }
 BENCHMARK(BM_ParseSota)->Arg(1000)->Unit(benchmark::kMicrosecond);

@@ -1,10 +1,8 @@
-// One web service's reply body, as its fetcher's parser reads it. Built once
-// per service: TALLIS_FUZZ_HEADER names the fetcher's header and
-// TALLIS_FUZZ_PARSER its class.
-#include TALLIS_FUZZ_HEADER
-
+// One web service's reply body, as its parser reads it. Built once per
+// service: TALLIS_FUZZ_SOURCE names the source.
 #include "api/apijson.h"
 #include "fuzz/fuzzsupport.h"
+#include "sources/websource.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,10 +10,10 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray body = FuzzSupport::bytes(data, size);
-    QString error;
-    const QList<StationSpot> spots = TALLIS_FUZZ_PARSER::parseSpots(body, &error);
-    if (!error.isEmpty() && !spots.isEmpty())
-        FuzzSupport::fail("a reply reported as faulty still gave spots", error);
+    const SpotParse parsed = WebSource::of(StationSpot::TALLIS_FUZZ_SOURCE).parse(body);
+    const QList<StationSpot> &spots = parsed.spots;
+    if (!parsed.error.isEmpty() && !spots.isEmpty())
+        FuzzSupport::fail("a reply reported as faulty still gave spots", parsed.error);
     // Whatever text the service sent reaches API clients; it must stay JSON.
     const QByteArray json = ApiJson::spotListJson(spots);
     FuzzSupport::requireValidJson(json, "the API's spot list is not JSON");

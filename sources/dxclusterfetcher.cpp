@@ -7,15 +7,6 @@
 
 namespace {
 
-// "your call" ("Please enter your call: ") counts only before the login is
-// accepted: once in, a spot comment may well say it.
-bool isLoginPrompt(const QString &line, bool loggingIn)
-{
-    return line.contains(QLatin1String("login:"), Qt::CaseInsensitive) ||
-           line.contains(QLatin1String("callsign:"), Qt::CaseInsensitive) ||
-           (loggingIn && line.contains(QLatin1String("your call"), Qt::CaseInsensitive));
-}
-
 bool isLoginRejection(const QString &line)
 {
     // The last two as nodes refuse a call they do not know: "Sorry N0CALL is not a valid callsign".
@@ -31,6 +22,17 @@ bool isLoginRejection(const QString &line)
     }
     // A short "73 bye" is a refusal; a long welcome that mentions "bye" is not.
     return line.size() < 20 && line.contains(QLatin1String("bye"), Qt::CaseInsensitive);
+}
+
+// "your call" ("Please enter your call: ") counts only before the login is
+// accepted: once in, a spot comment may well say it. Nor is a refusal a
+// prompt: "Sorry, your call is not registered" must not be answered.
+bool isLoginPrompt(const QString &line, bool loggingIn)
+{
+    return line.contains(QLatin1String("login:"), Qt::CaseInsensitive) ||
+           line.contains(QLatin1String("callsign:"), Qt::CaseInsensitive) ||
+           (loggingIn && line.contains(QLatin1String("your call"), Qt::CaseInsensitive) &&
+            !isLoginRejection(line));
 }
 
 } // namespace

@@ -11,35 +11,33 @@ namespace ServiceJson {
 namespace {
 
 // The body as a document of the wanted shape (an array, else an object).
-std::optional<QJsonDocument> parseDocument(const QByteArray &body, const QString &sourceName, QString *error,
+std::optional<QJsonDocument> parseDocument(const QByteArray &body, StationSpot::Source source, QString &error,
                                            bool wantArray)
 {
     QJsonParseError parseError;
     QJsonDocument document = QJsonDocument::fromJson(body, &parseError);
-    QString fault;
+    const QString name = StationSpot::sourceName(source);
     if (parseError.error != QJsonParseError::NoError)
-        fault = QStringLiteral("%1 JSON parse error: %2").arg(sourceName, parseError.errorString());
+        error = QStringLiteral("%1 JSON parse error: %2").arg(name, parseError.errorString());
     else if (document.isArray() != wantArray)
-        fault = QStringLiteral("%1 response is not a JSON %2")
-                    .arg(sourceName, wantArray ? QStringLiteral("array") : QStringLiteral("object"));
-    if (fault.isEmpty())
+        error = QStringLiteral("%1 response is not a JSON %2")
+                    .arg(name, wantArray ? QStringLiteral("array") : QStringLiteral("object"));
+    else
         return document;
-    if (error)
-        *error = fault;
     return std::nullopt;
 }
 
 } // namespace
 
-std::optional<QJsonArray> parseArray(const QByteArray &body, const QString &sourceName, QString *error)
+std::optional<QJsonArray> parseArray(const QByteArray &body, StationSpot::Source source, QString &error)
 {
-    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error, true);
+    const std::optional<QJsonDocument> document = parseDocument(body, source, error, true);
     return document ? std::optional<QJsonArray>(document->array()) : std::nullopt;
 }
 
-std::optional<QJsonObject> parseObject(const QByteArray &body, const QString &sourceName, QString *error)
+std::optional<QJsonObject> parseObject(const QByteArray &body, StationSpot::Source source, QString &error)
 {
-    const std::optional<QJsonDocument> document = parseDocument(body, sourceName, error, false);
+    const std::optional<QJsonDocument> document = parseDocument(body, source, error, false);
     return document ? std::optional<QJsonObject>(document->object()) : std::nullopt;
 }
 

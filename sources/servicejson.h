@@ -16,10 +16,10 @@
 namespace ServiceJson {
 
 // The body as a top-level array or object. On failure no value is returned and
-// *error (when given) holds the text shown to the user, prefixed with the source name
+// error holds the text shown to the user, prefixed with the source's name
 // ("SOTA JSON parse error: ...", "SOTA response is not a JSON array").
-std::optional<QJsonArray> parseArray(const QByteArray &body, const QString &sourceName, QString *error);
-std::optional<QJsonObject> parseObject(const QByteArray &body, const QString &sourceName, QString *error);
+std::optional<QJsonArray> parseArray(const QByteArray &body, StationSpot::Source source, QString &error);
+std::optional<QJsonObject> parseObject(const QByteArray &body, StationSpot::Source source, QString &error);
 
 // The value under key if it is a JSON string, trimmed; otherwise empty.
 QString text(const QJsonObject &object, const QString &key);

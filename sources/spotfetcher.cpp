@@ -37,13 +37,19 @@ int httpStatus(QNetworkReply *reply)
     return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
+bool isNotModified(QNetworkReply *reply)
+{
+    return httpStatus(reply) == 304;
+}
+
 } // namespace
 
-SpotFetcher::SpotFetcher(QObject *parent, const QUrl &serviceUrl)
+SpotFetcher::SpotFetcher(const WebSource &source, QObject *parent, const QUrl &serviceUrl)
     : QObject(parent)
+    , m_source(source)
     , m_network(new QNetworkAccessManager(this))
     , m_refreshTimer(new QTimer(this))
-    , m_serviceUrl(serviceUrl)
+    , m_serviceUrl(serviceUrl.isEmpty() ? QUrl(QString::fromLatin1(source.defaultUrl)) : serviceUrl)
     , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
 {
     registerStationSpotMetaTypes();
@@ -52,6 +58,11 @@ SpotFetcher::SpotFetcher(QObject *parent, const QUrl &serviceUrl)
 }
 
 SpotFetcher::~SpotFetcher() = default;
+
+SpotParse SpotFetcher::parseResponse(const QByteArray &body) const
+{
+    return m_source.parse ? m_source.parse(body) : SpotParse();
+}
 
 void SpotFetcher::startAutoRefresh(int seconds)
 {
@@ -88,18 +99,23 @@ void SpotFetcher::setClock(Clock clock)
     m_clock = std::move(clock);
 }
 
-bool SpotFetcher::beginFetch()
+void SpotFetcher::fetch()
 {
-    if (m_quietUntilMs > m_clock())
-        return false;
+    if (!m_source.spotsPath || m_quietUntilMs > m_clock())
+        return;
     emit fetchStarted();
-    return true;
-}
-
-void SpotFetcher::sendGet(const QString &path)
-{
-    if (beginFetch())
-        requestSpots(path);
+    if (!m_source.changePath) {
+        requestSpots();
+        return;
+    }
+    // Without a change text the list is asked for anyway.
+    requestText(QString::fromLatin1(m_source.changePath), [this](std::optional<QByteArray> answer) {
+        const QByteArray change = answer.value_or(QByteArray()).trimmed();
+        if (!change.isEmpty() && change == m_lastChange)
+            emit spotsReady(m_lastSpots);
+        else
+            requestSpots([this, change] { m_lastChange = change; });
+    });
 }
 
 QNetworkReply *SpotFetcher::get(const QString &path)
@@ -109,6 +125,8 @@ QNetworkReply *SpotFetcher::get(const QString &path)
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::UserAgentHeader, QString::fromLatin1(k_userAgent));
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    if (m_source.timeoutMs > 0)
+        request.setTransferTimeout(m_source.timeoutMs);
     const Validators validators = m_validators.value(path);
     if (!validators.etag.isEmpty())
         request.setRawHeader("If-None-Match", validators.etag);
@@ -117,9 +135,9 @@ QNetworkReply *SpotFetcher::get(const QString &path)
     return m_network->get(request);
 }
 
-void SpotFetcher::requestSpots(const QString &path, std::function<void()> onFresh)
+void SpotFetcher::requestSpots(std::function<void()> onFresh)
 {
-    QNetworkReply *reply = get(path);
+    QNetworkReply *reply = get(QString::fromLatin1(m_source.spotsPath));
     connect(reply, &QNetworkReply::finished, this, [this, reply, onFresh = std::move(onFresh)] {
         if (handleNetworkReply(reply) && onFresh)
             onFresh();
@@ -145,22 +163,6 @@ void SpotFetcher::requestText(const QString &path, TextHandler done)
     });
 }
 
-void SpotFetcher::emitLastSpots()
-{
-    emit spotsReady(m_lastSpots);
-}
-
-QList<StationSpot> SpotFetcher::parseReporting(const QByteArray &body, Parser parser)
-{
-    QString error;
-    QList<StationSpot> spots = parser(body, &error);
-    if (!error.isEmpty()) {
-        m_parseFaulted = true;
-        emit fetchError(error);
-    }
-    return spots;
-}
-
 bool SpotFetcher::handleNetworkReply(QNetworkReply *reply)
 {
     reply->deleteLater();
@@ -172,27 +174,21 @@ bool SpotFetcher::handleNetworkReply(QNetworkReply *reply)
     }
     // Nothing changed since the last answer: that batch is still the news.
     if (isNotModified(reply)) {
-        emitLastSpots();
+        emit spotsReady(m_lastSpots);
         return true;
     }
     const QString path = reply->request().url().path();
-    const QByteArray body = reply->readAll();
-    m_parseFaulted = false;
-    QList<StationSpot> spots = parseResponse(body);
-    const bool fresh = !m_parseFaulted;
+    const SpotParse parsed = parseResponse(reply->readAll());
+    const bool fresh = parsed.error.isEmpty();
     if (fresh) {
         remember(path, reply, QByteArray());
-        m_lastSpots = spots;
+        m_lastSpots = parsed.spots;
     } else {
         m_validators.remove(path); // a faulty answer must be fetched whole again
+        emit fetchError(parsed.error);
     }
-    emit spotsReady(spots);
+    emit spotsReady(parsed.spots);
     return fresh;
-}
-
-bool SpotFetcher::isNotModified(QNetworkReply *reply) const
-{
-    return httpStatus(reply) == 304;
 }
 
 void SpotFetcher::remember(const QString &path, QNetworkReply *reply, const QByteArray &body)

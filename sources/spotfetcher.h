@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/stationspot.h"
+#include "sources/websource.h"
 
 #include <QHash>
 #include <QList>
@@ -14,10 +14,11 @@ class QNetworkAccessManager;
 class QNetworkReply;
 class QTimer;
 
-// Polling base of every web spot source: owns the HTTP client and the refresh
+// Polls one described web spot source: owns the HTTP client and the refresh
 // timer and turns a finished reply into spotsReady or fetchError. Every tick
 // that sends anything emits one fetchStarted and ends in exactly one
-// spotsReady or fetchError.
+// spotsReady or fetchError; a parse fault is both, the error and then an
+// empty batch.
 //
 // It polls politely, as the services ask of their clients: requests are
 // conditional on the last answer (an unchanged list costs the service a 304
@@ -37,8 +38,15 @@ public:
     // Milliseconds since the Unix epoch; tests hand in their own.
     using Clock = std::function<qint64()>;
 
-    explicit SpotFetcher(QObject *parent, const QUrl &serviceUrl = QUrl());
+    // Without a service URL the source's own default is used.
+    explicit SpotFetcher(const WebSource &source, QObject *parent = nullptr, const QUrl &serviceUrl = QUrl());
     ~SpotFetcher() override;
+
+    const WebSource &source() const { return m_source; }
+    // The source's name in messages ("POTA", "SOTA" ...).
+    QString sourceName() const { return m_source.name(); }
+    // The source's parser on a reply body.
+    SpotParse parseResponse(const QByteArray &body) const;
 
     void startAutoRefresh(int seconds);
     void stopAutoRefresh();
@@ -53,14 +61,9 @@ public:
     // Until when (clock milliseconds) the service asked to be left alone; 0: it did not.
     qint64 quietUntilMs() const { return m_quietUntilMs; }
 
-    // The source's name in messages ("POTA", "SOTA" ...).
-    virtual QString sourceName() const = 0;
-
-    // Pure parsing of a reply body; reports its own faults through fetchError.
-    virtual QList<StationSpot> parseResponse(const QByteArray &body) = 0;
-
 public slots:
-    virtual void fetch() = 0;
+    // One tick. A source without a service sends nothing and emits nothing.
+    void fetch();
 
 signals:
     void spotsReady(QList<StationSpot> spots);
@@ -70,32 +73,9 @@ signals:
     // to wait.
     void notice(QString text);
 
-protected:
-    using Parser = QList<StationSpot> (*)(const QByteArray &body, QString *error);
+private:
     using TextHandler = std::function<void(std::optional<QByteArray> body)>;
 
-    // Starts a tick: false (and nothing emitted) while the service asked to
-    // be left alone, else emits fetchStarted.
-    bool beginFetch();
-    // A whole tick: beginFetch, then requestSpots(path).
-    void sendGet(const QString &path);
-    // GET of the spot list at path, ending the tick: spotsReady with the
-    // parsed list (or the last one on a 304), or fetchError. onFresh runs
-    // after a reply that parsed without fault or was unchanged.
-    void requestSpots(const QString &path, std::function<void()> onFresh = {});
-    // GET of a small text at path; done gets its body (the last one on a 304)
-    // or nothing when it failed. A request the service refused for a while
-    // ends the tick itself, without calling done.
-    void requestText(const QString &path, TextHandler done);
-    // Ends a tick with the last parsed batch again.
-    void emitLastSpots();
-    // Runs parser and reports its fault, if any, through fetchError.
-    QList<StationSpot> parseReporting(const QByteArray &body, Parser parser);
-    // Ends the tick of a spot-list reply; true when the list came whole and
-    // without fault, or unchanged.
-    bool handleNetworkReply(QNetworkReply *reply);
-
-private:
     struct Validators
     {
         QByteArray etag;
@@ -103,14 +83,25 @@ private:
         QByteArray body; // kept for requestText only
     };
 
+    // GET of the spot list, ending the tick: spotsReady with the parsed list
+    // (or the last one on a 304), or fetchError. onFresh runs after a reply
+    // that parsed without fault or was unchanged.
+    void requestSpots(std::function<void()> onFresh = {});
+    // GET of a small text at path; done gets its body (the last one on a 304)
+    // or nothing when it failed. A request the service refused for a while
+    // ends the tick itself, without calling done.
+    void requestText(const QString &path, TextHandler done);
+    // Ends the tick of a spot-list reply; true when the list came whole and
+    // without fault, or unchanged.
+    bool handleNetworkReply(QNetworkReply *reply);
     QNetworkReply *get(const QString &path);
-    bool isNotModified(QNetworkReply *reply) const;
     void remember(const QString &path, QNetworkReply *reply, const QByteArray &body);
     // A 429 or 503 with Retry-After: ends the tick with fetchError, starts the
     // quiet time and tells the user once. False for any other reply.
     bool handleRefusal(QNetworkReply *reply);
     QString waitNotice() const;
 
+    const WebSource m_source;
     QNetworkAccessManager *m_network;
     QTimer *m_refreshTimer;
     QUrl m_serviceUrl;
@@ -118,5 +109,5 @@ private:
     qint64 m_quietUntilMs = 0;
     QHash<QString, Validators> m_validators; // by path
     QList<StationSpot> m_lastSpots;
-    bool m_parseFaulted = false;
+    QByteArray m_lastChange; // the change text of the last list that came whole
 };

@@ -171,6 +171,9 @@ private slots:
             QTest::newRow(name) << greeting << QByteArray(reply) << closes << refused;
         };
         row("banner, prompt, refusal", banner + login, "Sorry N0CALL is not a valid callsign", true, true);
+        // No "not a valid", and "your call" as in a prompt: still a refusal, not a prompt to answer.
+        row("sorry, your call",
+            banner + "Please enter your call: ", "Sorry, your call is not registered here", true, true);
         row("banner, prompt, welcome", banner + login,
             "Hello N0CALL, this is GB7XX\r\nN0CALL de GB7XX 22-Nov-2026 1200Z dxspider >", false, false);
         row("welcome with refusal words", login,

@@ -1,3 +1,4 @@
+#include "sources/botaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
 #include "sources/sourcehealth.h"
@@ -61,6 +62,11 @@ private slots:
         m_server->setHoldReplies(false);
         f.startAutoRefresh(0); // a short interval really repeats
         QTRY_VERIFY_WITH_TIMEOUT(m_server->requestCount() >= 5, 5000);
+
+        BotaSpotFetcher bota; // a placeholder: its ticks send and say nothing
+        QSignalSpy botaStarted(&bota, &SpotFetcher::fetchStarted);
+        bota.fetch();
+        QCOMPARE(botaStarted.count(), 0);
     }
 
     void unchangedListsAreNotFetchedAgain()
@@ -110,6 +116,19 @@ private slots:
             QCOMPARE(m_server->requestCount("/api/spots/-72"), listRequests.at(tick));
             QCOMPARE(calls(sotaReady, tick), QStringList(QStringLiteral("G4ABC/P")));
         }
+    }
+
+    // A source is a description: one given a time limit gives up on a service that does not answer.
+    void describedSourceWithTimeout()
+    {
+        WebSource slow = WebSource::of(StationSpot::POTA);
+        slow.timeoutMs = 50;
+        SpotFetcher f(slow, nullptr, m_server->url());
+        QSignalSpy errors(&f, &SpotFetcher::fetchError);
+        m_server->setHoldReplies(true);
+        f.fetch();
+        QVERIFY(errors.wait(5000));
+        m_server->releaseHeld();
     }
 
     void retryAfter_data()

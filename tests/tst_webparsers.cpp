@@ -16,8 +16,6 @@
 
 namespace {
 
-using Parser = QList<StationSpot> (*)(const QByteArray &body, QString *error);
-
 // Every field a parser fills, one spot a line: the time in ISO form, where a
 // trailing "Z" shows it is UTC, and "-" for a spot without a position.
 QStringList describe(const QList<StationSpot> &spots)
@@ -46,9 +44,9 @@ QByteArray reply(StationSpot::Source source, const QByteArray &elements)
 const char k_anySpot[] = R"({"activator": "A1", "call": "A1", "ACTIVATOR": "A1", "activatorCallsign": "A1",
                              "references": [{"reference": "B/1"}]})";
 
+// Each service's fetcher class and the path it must ask for; its parser comes from the table of sources.
 struct Service
 {
-    Parser parse;
     std::function<SpotFetcher *(const QUrl &)> make;
     QByteArray path;
 };
@@ -56,7 +54,12 @@ struct Service
 template <typename Fetcher>
 Service service(const char *path)
 {
-    return {&Fetcher::parseSpots, [](const QUrl &url) { return new Fetcher(nullptr, url); }, path};
+    return {[](const QUrl &url) { return new Fetcher(nullptr, url); }, path};
+}
+
+SpotParse parseReply(StationSpot::Source source, const QByteArray &body)
+{
+    return WebSource::of(source).parse(body);
 }
 
 const QMap<StationSpot::Source, Service> &services()
@@ -240,12 +243,10 @@ private slots:
     void parse()
     {
         const auto source = StationSpot::Source(fetched<int>("source"));
-        QString error;
-        const QList<StationSpot> parsed =
-            services().value(source).parse(reply(source, fetched<QByteArray>("elements")), &error);
-        QCOMPARE(error, QString());
-        QTEST(describe(parsed), "spots");
-        for (const StationSpot &spot : parsed)
+        const SpotParse parsed = parseReply(source, reply(source, fetched<QByteArray>("elements")));
+        QCOMPARE(parsed.error, QString());
+        QTEST(describe(parsed.spots), "spots");
+        for (const StationSpot &spot : parsed.spots)
             QCOMPARE(spot.source, source);
     }
 
@@ -260,21 +261,23 @@ private slots:
             const Service &s = *it;
             const bool gma = it.key() == StationSpot::GMA;
             const QString name = StationSpot::sourceName(it.key());
-            QString error;
-            QVERIFY(s.parse(QByteArray(), &error).isEmpty());
-            QCOMPARE(error, name + QStringLiteral(" JSON parse error: ") + empty.errorString());
-            QVERIFY(s.parse(gma ? "[]" : "{}", &error).isEmpty());
-            QCOMPARE(error, name + QLatin1String(gma ? " response is not a JSON object"
-                                                     : " response is not a JSON array"));
-            QVERIFY(s.parse(gma ? "[]" : "{}", nullptr).isEmpty()); // the error sink is optional
+            SpotParse parsed = parseReply(it.key(), QByteArray());
+            QVERIFY(parsed.spots.isEmpty());
+            QCOMPARE(parsed.error, name + QStringLiteral(" JSON parse error: ") + empty.errorString());
+            parsed = parseReply(it.key(), gma ? "[]" : "{}");
+            QVERIFY(parsed.spots.isEmpty());
+            QCOMPARE(parsed.error, name + QLatin1String(gma ? " response is not a JSON object"
+                                                            : " response is not a JSON array"));
             // Elements that are no spot objects, or no array under "RCD", are no fault.
-            error.clear();
-            QVERIFY(s.parse(reply(it.key(), "1, \"x\", null"), &error).isEmpty());
-            QVERIFY(!gma || s.parse(R"({"RCD": {}})", &error).isEmpty());
-            QCOMPARE(error, QString());
+            for (const QByteArray &body :
+                 {reply(it.key(), "1, \"x\", null"), QByteArray(gma ? R"({"RCD": {}})" : "[]")}) {
+                parsed = parseReply(it.key(), body);
+                QVERIFY(parsed.spots.isEmpty());
+                QCOMPARE(parsed.error, QString());
+            }
 
             const QByteArray body = reply(it.key(), k_anySpot);
-            QCOMPARE(s.parse(body, nullptr).size(), 1);
+            QCOMPARE(parseReply(it.key(), body).spots.size(), 1);
             server.setRoute(s.path, body);
             server.clearRequests();
             const std::unique_ptr<SpotFetcher> fetcher(s.make(server.url()));
@@ -287,7 +290,7 @@ private slots:
             QCOMPARE(request.path, s.path);
             QCOMPARE(request.headers.value("user-agent"), QByteArray("Tallis/0.1 (Brightwater)"));
             QCOMPARE(describe(ready.first().first().value<QList<StationSpot>>()),
-                     describe(s.parse(body, nullptr)));
+                     describe(parseReply(it.key(), body).spots));
         }
     }
 };

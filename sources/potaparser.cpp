@@ -1,34 +1,17 @@
-#include "sources/potaspotfetcher.h"
+#include "sources/webparsers.h"
 
 #include "model/stationmodel.h"
 #include "sources/servicejson.h"
 
-PotaSpotFetcher::PotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
-    : SpotFetcher(parent, serviceUrl)
-{}
-
-QString PotaSpotFetcher::sourceName() const
+// Parks on the Air: an array of spots.
+SpotParse WebParsers::pota(const QByteArray &body)
 {
-    return QStringLiteral("POTA");
-}
-
-void PotaSpotFetcher::fetch()
-{
-    sendGet(QStringLiteral("/spot/"));
-}
-
-QList<StationSpot> PotaSpotFetcher::parseResponse(const QByteArray &body)
-{
-    return parseReporting(body, &PotaSpotFetcher::parseSpots);
-}
-
-QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
-{
-    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("POTA"), error);
+    SpotParse parse;
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, StationSpot::POTA, parse.error);
     if (!array)
-        return {};
+        return parse;
 
-    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
+    parse.spots = ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::POTA;
         spot.callsign = ServiceJson::text(object, QStringLiteral("activator"));
@@ -52,4 +35,5 @@ QList<StationSpot> PotaSpotFetcher::parseSpots(const QByteArray &body, QString *
             ServiceJson::isoTimeAssumingUtc(ServiceJson::text(object, QStringLiteral("spotTime")));
         return spot;
     });
+    return parse;
 }

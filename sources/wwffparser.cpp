@@ -1,4 +1,4 @@
-#include "sources/wwffspotfetcher.h"
+#include "sources/webparsers.h"
 
 #include "sources/servicejson.h"
 
@@ -20,32 +20,15 @@ QDateTime epochSecsToUtc(double secs)
 
 } // namespace
 
-WwffSpotFetcher::WwffSpotFetcher(QObject *parent, const QUrl &serviceUrl)
-    : SpotFetcher(parent, serviceUrl)
-{}
-
-void WwffSpotFetcher::fetch()
+// World Wide Flora & Fauna: an array of spots.
+SpotParse WebParsers::wwff(const QByteArray &body)
 {
-    sendGet(QStringLiteral("/static/spots.json"));
-}
-
-QString WwffSpotFetcher::sourceName() const
-{
-    return QStringLiteral("WWFF");
-}
-
-QList<StationSpot> WwffSpotFetcher::parseResponse(const QByteArray &body)
-{
-    return parseReporting(body, &WwffSpotFetcher::parseSpots);
-}
-
-QList<StationSpot> WwffSpotFetcher::parseSpots(const QByteArray &body, QString *error)
-{
-    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("WWFF"), error);
+    SpotParse parse;
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, StationSpot::WWFF, parse.error);
     if (!array)
-        return {};
+        return parse;
 
-    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
+    parse.spots = ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::WWFF;
         spot.callsign = ServiceJson::text(object, QStringLiteral("activator"));
@@ -58,4 +41,5 @@ QList<StationSpot> WwffSpotFetcher::parseSpots(const QByteArray &body, QString *
         spot.spotTime = epochSecsToUtc(ServiceJson::number(object, QStringLiteral("spot_time")));
         return spot;
     });
+    return parse;
 }

@@ -1,4 +1,4 @@
-#include "sources/gmaspotfetcher.h"
+#include "sources/webparsers.h"
 
 #include "sources/servicejson.h"
 
@@ -22,33 +22,16 @@ QDateTime gmaTime(const QString &dateText, const QString &timeText)
 
 } // namespace
 
-GmaSpotFetcher::GmaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
-    : SpotFetcher(parent, serviceUrl)
-{}
-
-void GmaSpotFetcher::fetch()
+// Global Mountain Activity: an object with the spots under "RCD".
+SpotParse WebParsers::gma(const QByteArray &body)
 {
-    sendGet(QStringLiteral("/api/spots/gma/"));
-}
-
-QString GmaSpotFetcher::sourceName() const
-{
-    return QStringLiteral("GMA");
-}
-
-QList<StationSpot> GmaSpotFetcher::parseResponse(const QByteArray &body)
-{
-    return parseReporting(body, &GmaSpotFetcher::parseSpots);
-}
-
-QList<StationSpot> GmaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
-{
-    const std::optional<QJsonObject> document = ServiceJson::parseObject(body, QStringLiteral("GMA"), error);
+    SpotParse parse;
+    const std::optional<QJsonObject> document = ServiceJson::parseObject(body, StationSpot::GMA, parse.error);
     if (!document)
-        return {};
+        return parse;
 
     const QJsonArray records = document->value(QStringLiteral("RCD")).toArray();
-    return ServiceJson::collectSpots(records, [](const QJsonObject &object) {
+    parse.spots = ServiceJson::collectSpots(records, [](const QJsonObject &object) {
         StationSpot spot;
         spot.source = StationSpot::GMA;
         spot.callsign = ServiceJson::text(object, QStringLiteral("ACTIVATOR")).toUpper();
@@ -64,4 +47,5 @@ QList<StationSpot> GmaSpotFetcher::parseSpots(const QByteArray &body, QString *e
                                 ServiceJson::text(object, QStringLiteral("TIME")));
         return spot;
     });
+    return parse;
 }

@@ -1,4 +1,4 @@
-#include "sources/wwbotaspotfetcher.h"
+#include "sources/webparsers.h"
 
 #include "sources/servicejson.h"
 
@@ -18,32 +18,15 @@ QDateTime parseActivationTime(const QString &text)
 
 } // namespace
 
-WwbotaSpotFetcher::WwbotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
-    : SpotFetcher(parent, serviceUrl)
-{}
-
-void WwbotaSpotFetcher::fetch()
+// Bunkers on the Air: an array of activations, each for one or more bunkers.
+SpotParse WebParsers::wwbota(const QByteArray &body)
 {
-    sendGet(QStringLiteral("/spots/"));
-}
-
-QString WwbotaSpotFetcher::sourceName() const
-{
-    return QStringLiteral("WWBOTA");
-}
-
-QList<StationSpot> WwbotaSpotFetcher::parseResponse(const QByteArray &body)
-{
-    return parseReporting(body, &WwbotaSpotFetcher::parseSpots);
-}
-
-QList<StationSpot> WwbotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
-{
-    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("WWBOTA"), error);
+    SpotParse parse;
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, StationSpot::WWBOTA, parse.error);
     if (!array)
-        return {};
+        return parse;
 
-    QList<StationSpot> spots;
+    QList<StationSpot> &spots = parse.spots;
     spots.reserve(array->size());
     for (const QJsonValue &value : *array) {
         if (!value.isObject())
@@ -82,5 +65,5 @@ QList<StationSpot> WwbotaSpotFetcher::parseSpots(const QByteArray &body, QString
             spots.append(std::move(spot));
         }
     }
-    return spots;
+    return parse;
 }

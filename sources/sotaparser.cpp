@@ -1,4 +1,4 @@
-#include "sources/sotaspotfetcher.h"
+#include "sources/webparsers.h"
 
 #include "sources/servicejson.h"
 
@@ -25,43 +25,15 @@ QString summitName(const QJsonObject &object)
 
 } // namespace
 
-SotaSpotFetcher::SotaSpotFetcher(QObject *parent, const QUrl &serviceUrl)
-    : SpotFetcher(parent, serviceUrl)
-{}
-
-QString SotaSpotFetcher::sourceName() const
+// Summits on the Air: an array of spots, in the current shape or the older one.
+SpotParse WebParsers::sota(const QByteArray &body)
 {
-    return QStringLiteral("SOTA");
-}
-
-void SotaSpotFetcher::fetch()
-{
-    if (!beginFetch())
-        return;
-    // The epoch is a few bytes; the list is the heavy part, so it is only
-    // asked for when the epoch moved. Without an epoch the list is asked for anyway.
-    requestText(QStringLiteral("/api/spots/epoch"), [this](std::optional<QByteArray> answer) {
-        const QByteArray epoch = answer.value_or(QByteArray()).trimmed();
-        if (!epoch.isEmpty() && epoch == m_lastEpoch) {
-            emitLastSpots();
-            return;
-        }
-        requestSpots(QStringLiteral("/api/spots/-72"), [this, epoch] { m_lastEpoch = epoch; });
-    });
-}
-
-QList<StationSpot> SotaSpotFetcher::parseResponse(const QByteArray &body)
-{
-    return parseReporting(body, &SotaSpotFetcher::parseSpots);
-}
-
-QList<StationSpot> SotaSpotFetcher::parseSpots(const QByteArray &body, QString *error)
-{
-    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, QStringLiteral("SOTA"), error);
+    SpotParse parse;
+    const std::optional<QJsonArray> array = ServiceJson::parseArray(body, StationSpot::SOTA, parse.error);
     if (!array)
-        return {};
+        return parse;
 
-    return ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
+    parse.spots = ServiceJson::collectSpots(*array, [](const QJsonObject &object) {
         StationSpot spot;
         // The service marks spots posted to try it out; they are no activation.
         const QString type = ServiceJson::text(object, QStringLiteral("type"));
@@ -94,4 +66,5 @@ QList<StationSpot> SotaSpotFetcher::parseSpots(const QByteArray &body, QString *
         }
         return spot;
     });
+    return parse;
 }

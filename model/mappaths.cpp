@@ -3,6 +3,7 @@
 #include "model/greatcircle.h"
 
 #include <QDataStream>
+#include <QTransform>
 
 #include <cmath>
 
@@ -18,22 +19,6 @@ constexpr quint32 k_maxPoints = 1000000;
 void addDisc(QPainterPath &path)
 {
     path.addEllipse(QPointF(0.0, 0.0), k_pi, k_pi);
-}
-
-// A ring with unbroken longitudes, so that steps across the date line are short.
-QPolygonF unwrapped(const QList<QPointF> &ring)
-{
-    QPolygonF out;
-    out.reserve(ring.size());
-    double shift = 0.0;
-    for (int i = 0; i < ring.size(); ++i) {
-        if (i > 0) {
-            const double step = ring.at(i).x() + shift - out.last().x();
-            shift -= 360.0 * std::round(step / 360.0);
-        }
-        out.append(QPointF(ring.at(i).x() + shift, ring.at(i).y()));
-    }
-    return out;
 }
 
 // An equirectangular ring drawn again one world to each side, so that what
@@ -102,9 +87,11 @@ QPolygonF MapPaths::projectRing(const QPolygonF &ring, const MapProjection &proj
         const QPointF pb = projection.project(b.y(), b.x());
         const int splits =
             std::min(k_maxSplits, int(std::hypot(pb.x() - pa.x(), pb.y() - pa.y()) / k_maxStep));
+        // The short way round in longitude: a step over the date line is a small one.
+        const double dLon = normalisedLongitude(b.x() - a.x());
         for (int s = 1; s < splits; ++s) {
             const double t = double(s) / splits;
-            plane.append(projection.project(a.y() + (b.y() - a.y()) * t, a.x() + (b.x() - a.x()) * t));
+            plane.append(projection.project(a.y() + (b.y() - a.y()) * t, a.x() + dLon * t));
         }
     }
     return plane;
@@ -131,28 +118,31 @@ QPainterPath MapPaths::regionPath(const QList<QPolygonF> &rings, const MapProjec
     return path;
 }
 
-QPainterPath MapPaths::capPath(double lat, double lon, double radiusDeg, const MapProjection &projection)
+QPainterPath MapPaths::hemispherePath(double lat, double lon, const MapProjection &projection)
 {
     QPainterPath path;
     path.setFillRule(Qt::OddEvenFill);
-    const QList<QPointF> ring = GreatCircle::circle(lat, lon, radiusDeg, 180);
     if (projection.kind() == MapProjection::Equirectangular) {
-        QPolygonF flat = unwrapped(ring);
-        const double sweep = flat.last().x() - flat.first().x();
-        if (std::abs(sweep) > 180.0) {
-            // The cap holds a pole: lead the outline along it.
-            const double pole = lat > 0.0 ? 90.0 : -90.0;
-            flat.append(QPointF(flat.last().x(), pole));
-            flat.append(QPointF(flat.first().x(), pole));
+        // The edge as a latitude for each longitude, closed over the pole the
+        // hemisphere holds: no unwrapping, and sound at the equinoxes too.
+        const double sinLat = std::sin(lat * MapProjection::k_degToRad);
+        const double cosLat = std::cos(lat * MapProjection::k_degToRad);
+        const double pole = lat >= 0.0 ? 90.0 : -90.0;
+        QPolygonF edge;
+        for (int x = -180; x <= 180; ++x) {
+            const double edgeLat = std::atan2(-cosLat * std::cos((x - lon) * MapProjection::k_degToRad),
+                                              sinLat == 0.0 ? 1e-12 : std::abs(sinLat));
+            edge.append(QPointF(x, (lat >= 0.0 ? 1.0 : -1.0) * edgeLat / MapProjection::k_degToRad));
         }
-        addEquirectangular(path, flat);
-        return path;
+        edge.append(QPointF(180.0, pole));
+        edge.append(QPointF(-180.0, pole));
+        path.addPolygon(QPolygonF(edge));
+        path.closeSubpath();
+        return QTransform::fromScale(MapProjection::k_degToRad, MapProjection::k_degToRad).map(path);
     }
-    path.addPolygon(projectRing(QPolygonF(ring), projection));
+    path.addPolygon(projectRing(QPolygonF(GreatCircle::circle(lat, lon, 90.0, 180)), projection));
     path.closeSubpath();
-    const double toAntipode =
-        GreatCircle::angleDeg(lat, lon, -projection.centreLat(), projection.centreLon() + 180.0);
-    if (toAntipode < radiusDeg)
+    if (GreatCircle::angleDeg(lat, lon, -projection.centreLat(), projection.centreLon() + 180.0) < 90.0)
         addDisc(path);
     return path;
 }

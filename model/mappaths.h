@@ -20,9 +20,9 @@ public:
     // Rings drawn as stored: each encloses what lies inside it on an
     // equirectangular map.
     static QPainterPath regionPath(const QList<QPolygonF> &rings, const MapProjection &projection);
-    // The cap of an angular radius round a centre (the night side is the cap
-    // of 90 degrees round the antisolar point).
-    static QPainterPath capPath(double lat, double lon, double radiusDeg, const MapProjection &projection);
+    // The half of the world within 90 degrees of a position: the night side
+    // is the hemisphere round the antisolar point.
+    static QPainterPath hemispherePath(double lat, double lon, const MapProjection &projection);
     // A line, broken where it leaves one edge of the map for the other.
     static QPainterPath linePath(const QList<QPointF> &line, const MapProjection &projection);
 

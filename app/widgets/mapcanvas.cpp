@@ -269,8 +269,7 @@ void MapCanvas::ensureBase()
         return;
     if (key.minute != m_nightMinute) {
         const SunPosition sun = SunPosition::at(QDateTime::fromMSecsSinceEpoch(key.minute * 60000, Qt::UTC));
-        m_night = MapPaths::capPath(sun.antisolarLat(), sun.antisolarLon(), 90.0, m_projection);
-        m_deepNight = MapPaths::capPath(sun.antisolarLat(), sun.antisolarLon(), 84.0, m_projection);
+        m_night = MapPaths::hemispherePath(sun.antisolarLat(), sun.antisolarLon(), m_projection);
         m_nightMinute = key.minute;
     }
     m_baseKey = key;
@@ -300,9 +299,8 @@ void MapCanvas::paintBase(QPainter &p)
     p.setPen(coast);
     p.setBrush(k_land);
     p.drawPath(m_landPath);
-    // Twilight, then the night proper darker still: the grey line between.
-    p.fillPath(m_night, QColor(0, 0, 0, 70));
-    p.fillPath(m_deepNight, QColor(0, 0, 0, 60));
+    // The night side; its edge is the grey line.
+    p.fillPath(m_night, QColor(0, 0, 0, 110));
 }
 
 void MapCanvas::ensureClusters()

@@ -131,7 +131,6 @@ private:
     QPainterPath m_landPath;
     QPainterPath m_graticule;
     QPainterPath m_night;
-    QPainterPath m_deepNight;
     qint64 m_nightMinute = -1;
     QPixmap m_base;
     BaseKey m_baseKey;

@@ -56,7 +56,7 @@ QString MapCanvas::pathText() const
         return {};
     const MapMarker &m = m_markers.markers()[size_t(index)];
     const GreatCircle gc = GreatCircle::between(m_ownLat, m_ownLon, m.lat, m.lon);
-    const auto bearing = [](double deg) {
+    const auto bearing = [](double deg) -> QString {
         return QString::number(qint64(std::floor(deg + 0.5)) % 360) + QChar(0x00B0);
     };
     return QStringLiteral("%1: short path %2 at %3, long path %4 at %5")

@@ -62,9 +62,11 @@ if dpkg-deb -f "$deb" Description | grep -qx '.*;.*'; then
   exit 1
 fi
 
-echo "==> lintian"
 # Under root lintian says it would rather not; the advice is noise here.
-lintian --fail-on error --tag-display-limit 0 "$deb" 2> >(grep -v 'root privileges' >&2) | sed 's/^/    /'
+lint_rc=0
+lint="$(lintian --fail-on error --tag-display-limit 0 "$deb" 2> >(grep -v 'root privileges' >&2))" || lint_rc=$?
+echo "==> lintian: ${lint:-no errors, no warnings}"
+[ "$lint_rc" -eq 0 ] || { echo "error: lintian finds errors in the package" >&2; exit 1; }
 
 depends="$(dpkg-deb -f "$deb" Depends)"
 echo "    Depends: $depends"

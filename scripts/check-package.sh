@@ -2,14 +2,15 @@
 # Builds the Debian package from a configured build folder, unpacks it into a
 # scratch root and checks that the program, its desktop entry, icons and
 # AppStream metainfo are where the desktop looks for them, that they validate,
-# and that the package depends on the libraries the program links.
+# that the package depends on the libraries the program links and that lintian
+# finds no error in it (its warnings are printed).
 #   bash scripts/check-package.sh [BUILD_DIR]      (default: build)
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${1:-${TALLIS_BUILD_DIR:-$root/build}}"
 app_id=org.brightwater.Tallis
 
-for tool in cpack dpkg-deb dpkg-shlibdeps desktop-file-validate appstreamcli; do
+for tool in cpack dpkg-deb dpkg-shlibdeps desktop-file-validate appstreamcli lintian; do
   command -v "$tool" >/dev/null 2>&1 ||
     { echo "error: $tool is missing (bash scripts/setup-deps.sh installs it)" >&2; exit 1; }
 done
@@ -37,6 +38,9 @@ need() {
 need usr/bin/tallis
 need "usr/share/applications/$app_id.desktop"
 need "usr/share/metainfo/$app_id.metainfo.xml"
+need usr/share/doc/tallis/copyright
+need usr/share/doc/tallis/changelog.gz
+need usr/share/man/man1/tallis.1.gz
 for size in 16 24 32 48 64 128 256; do
   need "usr/share/icons/hicolor/${size}x${size}/apps/$app_id.png"
 done
@@ -47,6 +51,22 @@ appstreamcli validate --no-net --explain "$scratch/usr/share/metainfo/$app_id.me
 # The entry starts what the package installs, under the icon it installs.
 grep -qx 'Exec=tallis' "$scratch/usr/share/applications/$app_id.desktop"
 grep -qx "Icon=$app_id" "$scratch/usr/share/applications/$app_id.desktop"
+
+# The AppStream release and the About box date the release by the one build time.
+build_time="$(sed -n 's/^TALLIS_BUILD_TIME:STRING=//p' "$build/CMakeCache.txt")"
+release_date="$(date -u -d "@$build_time" +%F)"
+grep -q "date=\"$release_date\"" "$scratch/usr/share/metainfo/$app_id.metainfo.xml" ||
+  { echo "error: the AppStream release is not dated $release_date, the build time" >&2; exit 1; }
+if dpkg-deb -f "$deb" Description | grep -qx '.*;.*'; then
+  echo "error: a CMake list separator leaked into the package description" >&2
+  exit 1
+fi
+
+# Under root lintian says it would rather not; the advice is noise here.
+lint_rc=0
+lint="$(lintian --fail-on error --tag-display-limit 0 "$deb" 2> >(grep -v 'root privileges' >&2))" || lint_rc=$?
+echo "==> lintian: ${lint:-no errors, no warnings}"
+[ "$lint_rc" -eq 0 ] || { echo "error: lintian finds errors in the package" >&2; exit 1; }
 
 depends="$(dpkg-deb -f "$deb" Depends)"
 echo "    Depends: $depends"

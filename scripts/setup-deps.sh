@@ -11,7 +11,7 @@ PACKAGES=(
   libbenchmark-dev
   xvfb xauth ccache dbus dbus-daemon
   clang libclang-rt-14-dev
-  dpkg-dev desktop-file-utils appstream file
+  dpkg-dev desktop-file-utils appstream file lintian
   util-linux procps
 )
 
@@ -21,7 +21,7 @@ PACKAGES=(
 COMMANDS=(
   cmake:cmake ninja:ninja-build c++:g++ clang++:clang clang-format:clang-format
   ctest:cmake cpack:cmake dpkg-deb:dpkg dpkg-shlibdeps:dpkg-dev file:file
-  desktop-file-validate:desktop-file-utils appstreamcli:appstream
+  desktop-file-validate:desktop-file-utils appstreamcli:appstream lintian:lintian
   rigctld:libhamlib-utils dbus-daemon:dbus-daemon xvfb-run:xvfb unshare:util-linux
   pkg-config:pkg-config ccache:ccache
 )

@@ -1,7 +1,10 @@
 #include "support/testmain.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+
+#include <csignal>
 
 // Runs the real program binary as a user would, in a private network namespace: the program resolves the
 // public services at start and takes no host setting, so nothing of a test run may reach the network.
@@ -72,6 +75,37 @@ private slots:
             startAndAwaitWindow(process, home.path(), {arg});
             QVERIFY(QFileInfo(home.path() + QStringLiteral("/.tallis")).isDir());
         }
+    }
+
+    // A logout, a service manager's stop and Ctrl+C end the program as Quit does: the table's snapshot and
+    // the settings are written and the exit is a clean one.
+    void stopSignalEndsAsQuitDoes_data()
+    {
+        QTest::addColumn<int>("signalNumber");
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGINT") << int(SIGINT);
+        QTest::newRow("SIGHUP") << int(SIGHUP);
+    }
+
+    void stopSignalEndsAsQuitDoes()
+    {
+        QFETCH(int, signalNumber);
+        QTemporaryDir home;
+        const QString settings = home.path() + QStringLiteral("/.tallis/settings.json");
+        const QString snapshot = home.path() + QStringLiteral("/.tallis/spots-snapshot.json");
+        QProcess process;
+        startIsolated(process, home.path(), {});
+        QVERIFY(process.waitForStarted(10000));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(settings), 20000);
+        QVERIFY(QFile::remove(settings)); // written again only by the close
+        QVERIFY(!QFileInfo::exists(snapshot));
+
+        QCOMPARE(::kill(pid_t(process.processId()), signalNumber), 0);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 0);
+        QVERIFY(QFileInfo::exists(snapshot));
+        QVERIFY(QFileInfo::exists(settings));
     }
 };
 

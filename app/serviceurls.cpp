@@ -15,10 +15,11 @@ ServiceUrls ServiceUrls::defaults()
 {
     return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
                        defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA)};
+                       defaultUrl(StationSpot::GMA),  defaultUrl(StationSpot::ZLOTA),
+                       defaultUrl(StationSpot::SIOTA)};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{base, base, base, base, base};
+    return ServiceUrls{base, base, base, base, base, base, base};
 }

@@ -11,6 +11,8 @@ struct ServiceUrls
     QUrl wwff;
     QUrl wwbota;
     QUrl gma;
+    QUrl zlota;
+    QUrl parksnpeaks;
 
     static ServiceUrls defaults();
     // Every service on one base URL (scheme, host and port).

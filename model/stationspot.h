@@ -41,6 +41,9 @@ struct StationSpot
     double lon = 0.0;
     Status status = Unknown;
     int groupId = 0;
+    // The service's id of one activation, where one spot names several
+    // references (ZLOTA): rows sharing it belong together. Empty elsewhere.
+    QString activationId;
 
     // call|reference|whole kHz truncated toward zero; two reports a fraction
     // of a kHz apart share a key on purpose.

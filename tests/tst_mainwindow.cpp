@@ -73,8 +73,10 @@ private slots:
         QCOMPARE(labelText(w, "statusRefresh"),
                  QStringLiteral("Last refresh: not yet (the scribes are en route…)"));
         QCOMPARE(labelText(w, "callsignLabel"), QStringLiteral("DE: [not set]"));
-        // Every web source but the inert BOTA slot asks at once; SOTA asks for its epoch first.
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
+        // Every web source but the inert slots (BOTA, RBN) asks at once; SOTA asks for its epoch first.
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 8, 5000);
+        QCOMPARE(m_server->requestCount("/api/spots.js?zlota_only=true"), 1); // the query kept as one
+        QCOMPARE(m_server->requestCount("/api/ALL"), 1);
         QTRY_VERIFY_WITH_TIMEOUT(!messages.filter(QStringLiteral("The oracles have failed us: ")).isEmpty(),
                                  5000);
         QVERIFY(w.findChild<HamlibLink *>()->controller()->thread() != w.thread());

@@ -1,6 +1,7 @@
 #include "app/widgets/detailpanel.h"
 
 #include "app/widgets/radiopanel.h"
+#include "model/referencekind.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -69,7 +70,10 @@ void DetailPanel::showSpot(const StationSpot &spot, const QString &multiOp)
 {
     m_callsign->setText(spot.callsign);
     m_reference->setText(QStringLiteral("[%1] %2").arg(spot.sourceString(), spot.reference));
-    m_referenceName->setText(spot.referenceName);
+    const QString kind = ReferenceKind::of(spot);
+    m_referenceName->setText(kind.isEmpty() || spot.referenceName.isEmpty()
+                                 ? kind + spot.referenceName
+                                 : QStringLiteral("%1 — %2").arg(kind, spot.referenceName));
     m_frequency->setText(spot.frequencyKhz > 0 ? QStringLiteral("%1 kHz").arg(spot.frequencyKhz, 0, 'f', 1)
                                                : QStringLiteral("? kHz"));
     m_mode->setText(spot.mode);

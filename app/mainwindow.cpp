@@ -16,6 +16,7 @@
 #include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/mapdocks.h"
 #include "app/widgets/radiopanel.h"
 #include "app/widgets/radioview.h"
 #include "app/widgets/sourcesview.h"
@@ -27,6 +28,7 @@
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
 #include "radio/lwclient.h"
+#include "radio/radiocontrol.h"
 #include "radio/radiorouter.h"
 #include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
@@ -78,6 +80,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
+    m_coords->setServiceUrls(services.parkPositions, services.summitPositions);
     ensureTallisDir();
     setupUi();
     setupStatusBar();
@@ -187,6 +190,12 @@ void MainWindow::setupCentralWidget()
     connect(panel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
+    m_mapDocks = new MapDocks(*this, m_proxy, m_ui.viewMenu);
+    connect(m_mapDocks, &MapDocks::spotActivated, this, &MainWindow::selectSpotByOperator);
+    // A frequency alone: the rig keeps the mode it is in.
+    connect(m_mapDocks, &MapDocks::tuneRequested, this,
+            [this](double kHz) { m_radio->target().setFrequency(kHz); });
+    connect(m_mapDocks, &MapDocks::mapShownChanged, this, &MainWindow::updateCoordLookups);
 }
 
 void MainWindow::setupStatusBar()
@@ -298,11 +307,13 @@ void MainWindow::onSelectionChanged()
     const int row = m_ui.table->selectedRow();
     if (row < 0) {
         m_selection.setSelectedKey(QString());
+        m_mapDocks->setSelectedKey(QString());
         m_model->setHighlightGroup(0);
         return m_ui.detailPanel->clear();
     }
     const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
+    m_mapDocks->setSelectedKey(spot.key());
     m_model->setHighlightGroup(spot.groupId);
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
@@ -362,7 +373,17 @@ void MainWindow::applyPreferences()
     else
         m_model->clearUserLocation();
     m_ui.table->showDistanceColumns(s.hasUserLocation);
-    m_coords->setLookupsEnabled(s.hasUserLocation);
+    m_mapDocks->applySettings(s);
+    updateCoordLookups();
+}
+
+void MainWindow::updateCoordLookups()
+{
+    const bool wasOn = m_coords->lookupsEnabled();
+    m_coords->setLookupsEnabled(m_settings.hasUserLocation || m_mapDocks->isMapShown());
+    // The spots that came while nobody needed their positions.
+    if (!wasOn && m_coords->lookupsEnabled())
+        queueCoordLookups(m_model->spots());
 }
 
 bool MainWindow::isLwBridgeActive() const
@@ -449,6 +470,13 @@ void MainWindow::selectSpot(const QString &key)
     showNormal();
     raise();
     activateWindow();
+    const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
+    if (row >= 0)
+        m_ui.table->selectViewRow(row);
+}
+
+void MainWindow::selectSpotByOperator(const QString &key)
+{
     const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
     if (row >= 0)
         m_ui.table->selectViewRow(row);

@@ -118,6 +118,17 @@ void RadioRouter::retuneMode(const QString &mode, TuneOrigin origin)
 void RadioRouter::startTune()
 {
     target().startTune();
+    noteAtuCycle();
+}
+
+void RadioRouter::startRigTune()
+{
+    m_rig->startTune();
+    noteAtuCycle();
+}
+
+void RadioRouter::noteAtuCycle()
+{
     if (m_lastFreqKhz > 0)
         m_lastCycleKhz = m_lastFreqKhz;
 }

@@ -61,6 +61,8 @@ public:
     void retuneMode(const QString &mode, TuneOrigin origin);
     // The antenna tuner's cycle by the active path, on request.
     void startTune();
+    // The radio panel's "Tune ATU": always the rig's own tuner.
+    void startRigTune();
     // The Hamlib modes to try, in order, for a spot's mode the rig's own mode
     // table leaves alone (digital and RTTY spots); empty for the others.
     static QStringList rigModesFor(const QString &spotMode);
@@ -102,6 +104,8 @@ private:
     // The reconnect timer's tick: retries the rig when a port is set and it is not connected.
     void onReconnectTick();
     bool atuCycleNeeded(double kHz) const;
+    // Any cycle of this run counts as the last one.
+    void noteAtuCycle();
 
     HamlibLink *m_rig;
     QTimer *m_pollTimer;

@@ -36,7 +36,8 @@ void WindowLabels::addToStatusBar(QStatusBar *bar)
     bar->addWidget(m_statusBarRadio, 0);
     m_statusSpots = makeLabel(QStringLiteral("No spots"), "statusSpots", bar);
     m_statusSpots->setAlignment(Qt::AlignCenter);
-    bar->addWidget(m_statusSpots, 1);
+    // Permanent, so that a passing message never hides the counts.
+    bar->addPermanentWidget(m_statusSpots, 1);
     m_statusRefresh =
         makeLabel(QStringLiteral("Last refresh: not yet (the scribes are en route…)"), "statusRefresh", bar);
     m_statusRefresh->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

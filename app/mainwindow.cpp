@@ -185,6 +185,8 @@ void MainWindow::setupCentralWidget()
     connect(panel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
     connect(panel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
     connect(panel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+    connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
+    connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
 }
@@ -415,7 +417,7 @@ void MainWindow::onPreferences()
 
 void MainWindow::onRadioSetup()
 {
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
+    RadioSetupDialog dialog(m_settings.rig, m_rigLink->rigModelsAndWait(),
                             RadioSetupDialog::detectSerialPorts(), RigSetupCalls::through(*m_rigLink), this);
     if (dialog.exec() != QDialog::Accepted)
         return;
@@ -480,6 +482,7 @@ void MainWindow::applyPreferences()
 {
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
+    m_ui.detailPanel->showWelcome(s.callsign.isEmpty());
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     m_alerts->applySettings(s);

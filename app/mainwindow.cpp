@@ -209,6 +209,8 @@ void MainWindow::setupCentralWidget()
     connect(panel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
     connect(panel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
     connect(panel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+    connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
+    connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
 }
@@ -392,6 +394,7 @@ void MainWindow::applyPreferences()
 {
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
+    m_ui.detailPanel->showWelcome(s.callsign.isEmpty());
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     m_alerts->applySettings(s);

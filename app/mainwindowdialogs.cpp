@@ -50,7 +50,7 @@ void MainWindow::onRadioSetup()
         m_radio->releaseDisconnectHold();
         return connectRig(config);
     };
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
+    RadioSetupDialog dialog(m_settings.rig, m_rigLink->rigModelsAndWait(),
                             RadioSetupDialog::detectSerialPorts(), calls, this);
     if (dialog.exec() != QDialog::Accepted)
         return;

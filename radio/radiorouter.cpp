@@ -42,6 +42,14 @@ void RadioRouter::setBridge(LwClient *bridge)
     connect(bridge, &LwClient::radioConnectedChanged, this, &RadioRouter::onLwRadioConnectedChanged);
 }
 
+void RadioRouter::setBridgeEnabled(bool enabled)
+{
+    if (enabled == m_bridgeEnabled)
+        return;
+    m_bridgeEnabled = enabled;
+    emit bridgeEnabledChanged(enabled);
+}
+
 RadioControl &RadioRouter::target() const
 {
     if (isBridgeActive())

@@ -38,7 +38,8 @@ public:
 
     // Listens to the bridge from now on; null while there is none.
     void setBridge(LwClient *bridge);
-    void setBridgeEnabled(bool enabled) { m_bridgeEnabled = enabled; }
+    void setBridgeEnabled(bool enabled);
+    bool isBridgeEnabled() const { return m_bridgeEnabled; }
     bool isBridgeActive() const { return m_bridgeEnabled && m_bridgeLinked; }
 
     // The rig settings the reconnect timer and the start-up connect use.
@@ -86,6 +87,8 @@ signals:
     void rigDisconnected();
     void bridgeLinked(const QString &host, quint16 port);
     void bridgeUnlinked();
+    // The operator switched the bridge on or off.
+    void bridgeEnabledChanged(bool enabled);
     // The companion program's rig came or went, while the bridge has the radio.
     void bridgeRigConnectionChanged(bool connected);
     // A report by either path, as kept: a poll's 0 kHz keeps the last frequency,

@@ -103,7 +103,7 @@ private slots:
     void onBandFilterChanged() { applyFilter(true); }
     void onStatusFilterChanged(int) { applyFilter(true); }
     void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
-    void onSelectionChanged();
+    void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
@@ -126,6 +126,8 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupStatusBar();
+    // The map and the band map, in docks under the View menu.
+    void setupMapDocks();
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
@@ -153,6 +155,8 @@ private:
     void updateCoordLookups();
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
+    // Ctrl+F and "/": the search field, its text selected.
+    void focusSearch();
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
@@ -191,6 +195,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    QTimer *m_countsTimer = nullptr;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

@@ -11,9 +11,9 @@
 #include "app/serviceurls.h"
 #include "app/widgets/bandmapcanvas.h"
 #include "app/widgets/mapcanvas.h"
+#include "app/widgets/spottable.h"
 #include "model/stationspot.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QDockWidget>
 #include <QElapsedTimer>
@@ -62,7 +62,7 @@ int drawMapPicture(MainWindow &window, const QList<StationSpot> &spots, const QS
     window.resize(1600, 1180);
     auto *mapDock = window.findChild<QDockWidget *>(QStringLiteral("mapDock"));
     auto *bandMapDock = window.findChild<QDockWidget *>(QStringLiteral("bandMapDock"));
-    auto *table = window.findChild<QAbstractItemView *>(QStringLiteral("spotTable"));
+    auto *table = window.findChild<SpotTable *>(QStringLiteral("spotTable"));
     auto *coords = window.findChild<CoordinateCache *>();
     auto *map = window.findChild<MapCanvas *>();
     auto *bandMap = window.findChild<BandMapCanvas *>();
@@ -82,9 +82,7 @@ int drawMapPicture(MainWindow &window, const QList<StationSpot> &spots, const QS
         row = spots.at(i).callsign == QLatin1String("VK3ANP") ? i : -1;
     if (row < 0)
         return fail(QStringLiteral("VK3ANP is not in the table"));
-    table->selectionModel()->select(table->model()->index(row, 0),
-                                    QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    table->scrollTo(table->model()->index(row, 0));
+    table->selectViewRow(row, true); // as the operator's click would, so the rig follows
     const double kHz = spots.at(row).frequencyKhz;
     if (!waitFor([bandMap, kHz] { return bandMap->rigFrequency() == kHz; }, 5000))
         return fail(QStringLiteral("the band map did not follow the rig to %1 kHz").arg(kHz));
@@ -134,14 +132,12 @@ int main(int argc, char **argv)
 
     // The operator has heard one station and picked another to call next.
     const QList<StationSpot> spots = window.apiVisibleSpots();
-    auto *table = window.findChild<QAbstractItemView *>(QStringLiteral("spotTable"));
+    auto *table = window.findChild<SpotTable *>(QStringLiteral("spotTable"));
     auto *heard = window.findChild<QPushButton *>(QStringLiteral("heardButton"));
     if (spots.size() < 8 || !table || !heard)
         return fail(QStringLiteral("the table is not as expected (%1 spots shown)").arg(spots.size()));
-    const auto select = [table](int row) {
-        table->selectionModel()->select(table->model()->index(row, 0),
-                                        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    };
+    // As the operator's clicks would: the rig follows.
+    const auto select = [table](int row) { table->selectViewRow(row, true); };
     select(4);
     heard->click();
     select(2);

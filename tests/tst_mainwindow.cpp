@@ -169,6 +169,15 @@ private slots:
         QTest::keyClicks(search, QStringLiteral("K3"));
         QCOMPARE(selectedCallsign(w), QString());
         QCOMPARE(table(w)->model()->rowCount(), 1);
+
+        // Clear Spots takes the selection with the rows: the panel shows none and L has nothing to log.
+        clickRow(w, 0);
+        QCOMPARE(labelText(w, "detailCallsign"), QStringLiteral("K3CCC"));
+        for (QAction *action : w.findChildren<QAction *>())
+            if (action->text() == QLatin1String("&Clear Spots"))
+                action->trigger();
+        QTRY_COMPARE(labelText(w, "detailCallsign"), QString());
+        QVERIFY(!w.findChild<QPushButton *>(QStringLiteral("addToLogButton"))->isEnabled());
     }
 
     // Filters, searches, marks and logs with a selection, against a flood of merges: nothing may use a

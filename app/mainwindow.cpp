@@ -200,6 +200,7 @@ void MainWindow::setupCentralWidget()
         Qt::QueuedConnection);
     connect(m_ui.table, &SpotTable::searchRequested, this, &MainWindow::focusSearch);
     new QShortcut(QKeySequence::Find, this, this, &MainWindow::focusSearch);
+    setTabOrder(m_ui.table, m_ui.filterBar->searchEdit());
     auto *backToTable = new QShortcut(Qt::Key_Escape, m_ui.filterBar->searchEdit());
     backToTable->setContext(Qt::WidgetShortcut);
     connect(backToTable, &QShortcut::activated, m_ui.table,

@@ -332,6 +332,7 @@ void MainWindow::createDxFetchers()
         connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
         connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
     });
+    m_sourceHealth->watchClusters(m_dxClusters.clients());
 }
 
 void MainWindow::onSelectionChanged(bool byOperator)

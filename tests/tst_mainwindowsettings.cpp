@@ -9,9 +9,11 @@
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
+#include "sources/dxclusterfetcher.h"
 #include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
 #include "support/apiclient.h"
+#include "support/clustertestserver.h"
 #include "support/rigctldprocess.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
@@ -281,6 +283,34 @@ private slots:
         QCOMPARE(clusters.last().toObject().value(QStringLiteral("port")).toInt(), 7300);
         QCOMPARE(s.value(QStringLiteral("lwEnabled")).toBool(), true);
         QCOMPARE(s.value(QStringLiteral("lwPort")).toInt(), 2110);
+    }
+
+    // A refusal stays in sight in the sources' label, and the cluster dialog asks that node again.
+    void refusedClusterIsShownAndAskedAgain()
+    {
+        ClusterTestServer node;
+        QVERIFY(node.start());
+        node.setLoginReply("Sorry, your call is not registered\r\n", true);
+        writeSettings(QStringLiteral(R"({"callsign": "N0CALL", "sources": {"dx": true},
+            "dxClusters": [{"host": "127.0.0.1", "port": %1}]})")
+                          .arg(node.port())
+                          .toUtf8());
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSources"), QStringLiteral("Sources: 1 failing"), 5000);
+        const auto *sources = w.findChild<QLabel *>(QStringLiteral("statusSources"));
+        QVERIFY(sources->toolTip().contains(QStringLiteral(": refused at ")));
+        QVERIFY(runDialog<DxClustersDialog>(w, QStringLiteral("DX &Cluster Setup..."), [&w](QWidget &d) {
+            auto *reconnect = field<QPushButton>(d, "reconnectNowButton");
+            QVERIFY(!reconnect->isEnabled()); // no node chosen
+            field<QListWidget>(d, "dxClusterList")->setCurrentRow(0);
+            QVERIFY(reconnect->isEnabled());
+            reconnect->click();
+            QCOMPARE(w.findChild<DxClusterFetcher *>()->state(), DxClusterFetcher::Connecting);
+            QVERIFY(!reconnect->isEnabled());
+        }));
+        // The clients made anew are followed in place of the old.
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSources"), QStringLiteral("Sources: 1 failing"), 5000);
+        QCOMPARE(sources->toolTip().count(QStringLiteral("DX 127.0.0.1")), 1);
     }
 
     void firstStartOffersTheDialogs_data()

@@ -1,5 +1,6 @@
 #include "app/serviceurls.h"
 
+#include "app/coordinatecache.h"
 #include "sources/websource.h"
 
 namespace {
@@ -13,13 +14,18 @@ QUrl defaultUrl(StationSpot::Source source)
 
 ServiceUrls ServiceUrls::defaults()
 {
-    return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
-                       defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA),  defaultUrl(StationSpot::ZLOTA),
+    return ServiceUrls{defaultUrl(StationSpot::POTA),
+                       defaultUrl(StationSpot::SOTA),
+                       defaultUrl(StationSpot::WWFF),
+                       defaultUrl(StationSpot::WWBOTA),
+                       defaultUrl(StationSpot::GMA),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl)),
+                       defaultUrl(StationSpot::ZLOTA),
                        defaultUrl(StationSpot::SIOTA)};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{base, base, base, base, base, base, base};
+    return ServiceUrls{base, base, base, base, base, base, base, base, base};
 }

@@ -88,6 +88,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadJsonSettings();
     m_desk.reloadWorked();
     applyHideWorked();
+    wireWorkedImport();
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
     connect(m_ui.table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
@@ -154,6 +155,8 @@ void MainWindow::setupMenuBar()
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
     connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
     connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
+    connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
         m_model->clearSpots();
         updateSpotCounts();
@@ -216,6 +219,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::LogWithDialog:
+        return logSelected(true);
     case OperatorAction::NextSpot:
         m_ui.table->stepSelection(1);
         return;
@@ -310,10 +315,14 @@ void MainWindow::onSelectionChanged()
                 m_selection.isRestoring() ? TuneOrigin::Program : TuneOrigin::Operator, m_settings.autoAtu);
 }
 
-void MainWindow::onAddToLog()
+void MainWindow::logSelected(bool confirm)
 {
     const QString key = m_selection.selectedKey();
-    const QString notice = m_desk.logSelection(key, m_settings.callsign);
+    const std::optional<QList<RecordEdit>> edits =
+        confirm ? confirmLogEdits(key) : std::optional<QList<RecordEdit>>(QList<RecordEdit>());
+    if (!edits)
+        return;
+    const QString notice = m_desk.logSelection(key, m_settings.callsign, *edits);
     if (notice.isEmpty())
         return;
     saveJsonSettings();

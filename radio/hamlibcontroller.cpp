@@ -86,10 +86,10 @@ QString modeName(rmode_t mode)
 
 int collectRig(const rig_caps *caps, rig_ptr_t data)
 {
-    auto *entries = static_cast<QStringList *>(data);
-    entries->append(QStringLiteral("%1 — %2 %3")
-                        .arg(caps->rig_model)
-                        .arg(QString::fromLatin1(caps->mfg_name), QString::fromLatin1(caps->model_name)));
+    auto *models = static_cast<QList<RigModelInfo> *>(data);
+    models->append({static_cast<int>(caps->rig_model), QString::fromLatin1(caps->mfg_name),
+                    QString::fromLatin1(caps->model_name),
+                    caps->port_type == RIG_PORT_NETWORK || caps->port_type == RIG_PORT_UDP_NETWORK});
     return 1; // keep walking
 }
 
@@ -432,8 +432,16 @@ RadioCaps HamlibController::queryCaps() const
 QStringList HamlibController::availableRigs() const
 {
     QStringList entries;
-    rig_list_foreach(collectRig, &entries);
+    for (const RigModelInfo &rig : rigModels())
+        entries.append(rig.entry());
     // Ordinal text order on purpose: the set-up dialog lists models this way.
     std::sort(entries.begin(), entries.end());
     return entries;
+}
+
+QList<RigModelInfo> HamlibController::rigModels() const
+{
+    QList<RigModelInfo> models;
+    rig_list_foreach(collectRig, &models);
+    return models;
 }

@@ -2,6 +2,7 @@
 
 #include "radio/rigtypes.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -27,7 +28,10 @@ public:
     QString getMode() const;
     RadioState queryState() const;
     RadioCaps queryCaps() const;
+    // Every model Hamlib knows, as "%1 — %2 %3" entries in ordinal text order.
     QStringList availableRigs() const;
+    // The same models with their parts, in Hamlib's own order.
+    QList<RigModelInfo> rigModels() const;
 
 public slots:
     bool connectRig(const RigConfig &config);

@@ -123,11 +123,13 @@ private slots:
         QTest::addColumn<QString>("selected");
         QTest::addColumn<QString>("after");
         QTest::addColumn<int>("row");
-        QTest::newRow("moved down") << QStringLiteral("B") << QStringLiteral("NABC") << 2;
-        QTest::newRow("vanished: old row") << QStringLiteral("B") << QStringLiteral("AC") << 1;
-        QTest::newRow("vanished: clamped") << QStringLiteral("C") << QStringLiteral("A") << 0;
-        QTest::newRow("empty table") << QStringLiteral("A") << QString() << -1;
-        QTest::newRow("nothing selected") << QString() << QStringLiteral("ABC") << -1;
+        QTest::addColumn<int>("next");     // J's row once a vanished spot's selection is lost
+        QTest::addColumn<int>("previous"); // K's
+        QTest::newRow("moved down") << QStringLiteral("B") << QStringLiteral("NABC") << 2 << 3 << 1;
+        QTest::newRow("vanished") << QStringLiteral("B") << QStringLiteral("AC") << -1 << 1 << 0;
+        QTest::newRow("vanished: clamped") << QStringLiteral("C") << QStringLiteral("A") << -1 << 0 << 0;
+        QTest::newRow("empty table") << QStringLiteral("A") << QString() << -1 << -1 << -1;
+        QTest::newRow("nothing selected") << QString() << QStringLiteral("ABC") << -1 << 0 << 2;
     }
 
     void selectionRestore()
@@ -157,7 +159,12 @@ private slots:
             m_model->clearSpots();
         else
             m_model->mergeSpots(batchOf(after));
-        QTEST(keeper.rowToRestore(proxy, *m_model), "row");
+        const int row = keeper.rowToRestore(proxy, *m_model);
+        QTEST(row, "row");
+        if (row < 0)
+            keeper.lose();
+        QTEST(keeper.stepTarget(1, proxy.rowCount(), row), "next");
+        QTEST(keeper.stepTarget(-1, proxy.rowCount(), row), "previous");
     }
 
     // Wiring, both connected and disconnecting all are the window's two-cluster test.

@@ -33,6 +33,10 @@ public:
     // The same models with their parts, in Hamlib's own order.
     QList<RigModelInfo> rigModels() const;
 
+    // Hamlib level and function bits the controller may use (all by default); those left out count
+    // as missing, as on a rig without them.
+    void setCapabilityMask(quint64 levels, quint64 funcs);
+
 public slots:
     bool connectRig(const RigConfig &config);
     void disconnectRig();
@@ -62,9 +66,11 @@ signals:
     void radioStateRead(const RadioState &state);
 
 private:
-    friend class TestHamlibController; // masks rig capabilities to reach fallbacks
-
     bool isReady() const;
+    bool canSetLevel(quint64 level) const;
+    bool canGetLevel(quint64 level) const;
+    bool canSetFunc(quint64 func) const;
+    bool canGetFunc(quint64 func) const;
     void closeRig();
     void leaveConnected();
 
@@ -73,4 +79,6 @@ private:
     int m_pttType = 0;
     int m_pollErrorCount = 0;
     int m_savedVolume = 75;
+    quint64 m_levelMask = ~quint64(0);
+    quint64 m_funcMask = ~quint64(0);
 };

@@ -43,6 +43,19 @@ QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const
     return edit;
 }
 
+QComboBox *regionCombo(QWidget *parent, int region)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QStringLiteral("bandPlanRegionCombo"));
+    combo->addItem(QStringLiteral("From my callsign"), 0);
+    combo->addItem(QStringLiteral("IARU Region 1 (Europe, Africa)"), 1);
+    combo->addItem(QStringLiteral("IARU Region 2 (the Americas)"), 2);
+    combo->addItem(QStringLiteral("IARU Region 3 (Asia, Pacific)"), 3);
+    combo->setCurrentIndex(qBound(0, region, 3));
+    combo->setToolTip(QStringLiteral("Where the band map shades CW, digital and phone"));
+    return combo;
+}
+
 } // namespace
 
 Preferences Preferences::fromSettings(const AppSettings &settings)
@@ -64,6 +77,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
     p.confirmLog = settings.confirmLog;
+    p.bandPlanRegion = settings.bandPlanRegion;
     return p;
 }
 
@@ -85,6 +99,7 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
     settings.confirmLog = confirmLog;
+    settings.bandPlanRegion = bandPlanRegion;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
@@ -100,6 +115,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
                                     QStringLiteral("Your longitude in decimal degrees (positive = East)")))
     , m_confirmLog(new QCheckBox(QStringLiteral("Confirm each contact before logging"), this))
+    , m_bandPlanRegion(regionCombo(this, values.bandPlanRegion))
 {
     setWindowTitle(QStringLiteral("Preferences"));
     setMinimumWidth(360);
@@ -133,6 +149,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("Latitude:"), m_latitude);
     form->addRow(QStringLiteral("Longitude:"), m_longitude);
     form->addRow(QStringLiteral("Logging:"), m_confirmLog);
+    form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
@@ -233,6 +250,7 @@ Preferences PreferencesDialog::preferences() const
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
     p.confirmLog = m_confirmLog->isChecked();
+    p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     return p;
 }
 

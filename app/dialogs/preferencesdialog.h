@@ -31,6 +31,7 @@ struct Preferences
     bool alertSound = true;
     bool alertNeededOnly = false;
     bool confirmLog = false;
+    int bandPlanRegion = 0; // 0: from the call sign
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -75,4 +76,5 @@ private:
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
     QCheckBox *m_confirmLog;
+    QComboBox *m_bandPlanRegion;
 };

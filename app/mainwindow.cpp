@@ -362,22 +362,6 @@ void MainWindow::onSelectionChanged(bool byOperator)
                 m_settings.autoAtu);
 }
 
-void MainWindow::logSelected(bool confirm)
-{
-    const QString key = m_selection.selectedKey();
-    const std::optional<QList<RecordEdit>> edits =
-        confirm ? confirmLogEdits(key) : std::optional<QList<RecordEdit>>(QList<RecordEdit>());
-    if (!edits)
-        return;
-    const QString notice = m_desk.logSelection(key, m_settings.callsign, *edits);
-    if (notice.isEmpty())
-        return;
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
-    statusBar()->showMessage(notice, 6000);
-    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
-}
-
 void MainWindow::startApiServer()
 {
     if (!m_settings.wsEnabled)

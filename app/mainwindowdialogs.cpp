@@ -134,6 +134,22 @@ void MainWindow::exportAllContacts()
         statusBar()->showMessage(notice, 6000);
 }
 
+void MainWindow::logSelected(bool confirm)
+{
+    const QString key = m_selection.selectedKey();
+    const std::optional<QList<RecordEdit>> edits =
+        confirm ? confirmLogEdits(key) : std::optional<QList<RecordEdit>>(QList<RecordEdit>());
+    if (!edits)
+        return;
+    const QString notice = m_desk.logSelection(key, m_settings.callsign, *edits);
+    if (notice.isEmpty())
+        return;
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
+    statusBar()->showMessage(notice, 6000);
+    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
+}
+
 std::optional<QList<RecordEdit>> MainWindow::confirmLogEdits(const QString &key)
 {
     const QList<ContactRecord> records = m_desk.selectionRecords(key, m_settings.callsign);

@@ -339,7 +339,7 @@ private slots:
         const AppSettings original = SettingsFile::fromJson(QJsonDocument::fromJson(R"({"callsign": "G4ABC",
             "sotaRef": "G/LD-001", "maxAgeMins": 45, "refreshIntervalSecs": 120, "hasUserLocation": true,
             "latitude": 54.4542, "longitude": -3.2116, "watchCallsigns": ["W4GXX", "EA1AB"],
-            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000})")
+            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000, "bandPlanRegion": 3})")
                                                                 .object());
         PreferencesDialog dialog(Preferences::fromSettings(original));
         QVERIFY(!field<QComboBox>(dialog, "wsHostCombo")->isEnabled());

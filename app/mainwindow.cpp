@@ -93,6 +93,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadJsonSettings();
     m_desk.reloadWorked();
     applyHideWorked();
+    wireWorkedImport();
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
     connect(m_ui.table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
@@ -159,6 +160,8 @@ void MainWindow::setupMenuBar()
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
     connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
     connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
+    connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
         m_model->clearSpots(); // the selection goes with the rows
         updateSpotCounts();
@@ -259,6 +262,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::LogWithDialog:
+        return logSelected(true);
     case OperatorAction::NextSpot:
     case OperatorAction::PreviousSpot:
         const int row = m_selection.stepTarget(action == OperatorAction::NextSpot ? 1 : -1,
@@ -358,18 +363,6 @@ void MainWindow::onSelectionChanged(bool byOperator)
     // Only the operator's own choice moves the radio.
     tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
                 m_settings.autoAtu);
-}
-
-void MainWindow::onAddToLog()
-{
-    const QString key = m_selection.selectedKey();
-    const QString notice = m_desk.logSelection(key, m_settings.callsign);
-    if (notice.isEmpty())
-        return;
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
-    statusBar()->showMessage(notice, 6000);
-    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
 }
 
 void MainWindow::startApiServer()

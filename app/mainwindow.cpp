@@ -291,8 +291,11 @@ void MainWindow::wireSources()
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5], sources[6], sources[7]})
         m_ingestor->addWebSource(source, fetcher);
-    connect(m_ingestor, &SpotIngestor::aboutToMerge, this,
-            [this] { m_selection.rememberRow(m_ui.table->selectedRow()); });
+    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
+        // Without a row (a lost selection still being handled) the last row stands.
+        if (const int row = m_ui.table->selectedRow(); row >= 0)
+            m_selection.rememberRow(row);
+    });
     connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
 }
 

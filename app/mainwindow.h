@@ -102,7 +102,7 @@ private slots:
     void onBandFilterChanged() { applyFilter(true); }
     void onStatusFilterChanged(int) { applyFilter(true); }
     void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
-    void onSelectionChanged();
+    void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
@@ -148,6 +148,8 @@ private:
     void selectSpot(const QString &key);
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
+    // Ctrl+F and "/": the search field, its text selected.
+    void focusSearch();
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
@@ -186,6 +188,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    QTimer *m_countsTimer = nullptr;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

@@ -51,7 +51,7 @@ bool readSpot(const QJsonObject &object, StationSpot &spot)
     const int source = object.value(QLatin1String("source")).toInt(-1);
     const int status = object.value(QLatin1String("status")).toInt(0);
     spot.callsign = object.value(QLatin1String("callsign")).toString();
-    if (source < StationSpot::SOTA || source > StationSpot::GMA || spot.callsign.isEmpty())
+    if (source < StationSpot::SOTA || source >= StationSpot::k_sourceCount || spot.callsign.isEmpty())
         return false;
     spot.source = StationSpot::Source(source);
     spot.reference = object.value(QLatin1String("reference")).toString();

@@ -97,8 +97,9 @@ private slots:
         m_server->setRoute("/spot/", potaSpots(stations.join(QStringLiteral(", ")), 10));
 
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSpots"),
-                                  QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            labelText(w, "statusSpots"),
+            QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0 R:0 Z:0 SI:0"), 5000);
         QTRY_VERIFY_WITH_TIMEOUT(QRegularExpression(QStringLiteral("^Last refresh: \\d\\d:\\d\\d:\\d\\d$"))
                                      .match(labelText(w, "statusRefresh"))
                                      .hasMatch(),
@@ -109,7 +110,7 @@ private slots:
         QVERIFY(pota->isAutoRefreshing());
         button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QCOMPARE(labelText(w, "statusSpots"),
-                 QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"));
+                 QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0 R:0 Z:0 SI:0"));
         QVERIFY(!pota->isAutoRefreshing());
         QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
                  QJsonValue(false));

@@ -51,6 +51,7 @@ QList<S> plainMerge(const QList<S> &current, const QList<S> &batch, qint64 nowMs
     for (const S &s : batch)
         sources.insert(s.source);
     sources.remove(S::DX);
+    sources.remove(S::RBN);
     QList<S> merged = current;
     merged.removeIf([&](const S &s) { return sources.contains(s.source); });
     for (S s : batch) {

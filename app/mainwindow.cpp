@@ -17,6 +17,7 @@
 #include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/mapdocks.h"
 #include "app/widgets/radiopanel.h"
 #include "app/widgets/radioview.h"
 #include "app/widgets/sourcesview.h"
@@ -80,6 +81,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
+    m_coords->setServiceUrls(services.parkPositions, services.summitPositions);
     ensureTallisDir();
     setupUi();
     setupStatusBar();
@@ -90,6 +92,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadJsonSettings();
     m_desk.reloadWorked();
     applyHideWorked();
+    wireWorkedImport();
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
     connect(m_ui.table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
@@ -157,6 +160,8 @@ void MainWindow::setupMenuBar()
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
     connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
     connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
+    connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
         m_model->clearSpots(); // the selection goes with the rows
         updateSpotCounts();
@@ -216,6 +221,7 @@ void MainWindow::setupCentralWidget()
     connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
+    setupMapDocks();
 }
 
 void MainWindow::setupStatusBar()
@@ -256,6 +262,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::LogWithDialog:
+        return logSelected(true);
     case OperatorAction::NextSpot:
     case OperatorAction::PreviousSpot:
         const int row = m_selection.stepTarget(action == OperatorAction::NextSpot ? 1 : -1,
@@ -282,8 +290,11 @@ void MainWindow::wireSources()
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
         m_ingestor->addWebSource(source, fetcher);
-    connect(m_ingestor, &SpotIngestor::aboutToMerge, this,
-            [this] { m_selection.rememberRow(m_ui.table->selectedRow()); });
+    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
+        // Without a row (a lost selection still being handled) the last row stands.
+        if (const int row = m_ui.table->selectedRow(); row >= 0)
+            m_selection.rememberRow(row);
+    });
     connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
 }
 
@@ -331,6 +342,7 @@ void MainWindow::createDxFetchers()
         connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
         connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
     });
+    m_sourceHealth->watchClusters(m_dxClusters.clients());
 }
 
 void MainWindow::onSelectionChanged(bool byOperator)
@@ -339,30 +351,20 @@ void MainWindow::onSelectionChanged(bool byOperator)
     const int row = m_ui.table->selectedRow();
     if (row < 0) {
         m_selection.lose();
+        m_mapDocks->setSelectedKey(QString());
         m_model->setHighlightGroup(0);
         return m_ui.detailPanel->clear();
     }
     const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
     m_selection.rememberRow(row);
+    m_mapDocks->setSelectedKey(spot.key());
     m_model->setHighlightGroup(spot.groupId);
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
     // Only the operator's own choice moves the radio.
     tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
                 m_settings.autoAtu);
-}
-
-void MainWindow::onAddToLog()
-{
-    const QString key = m_selection.selectedKey();
-    const QString notice = m_desk.logSelection(key, m_settings.callsign);
-    if (notice.isEmpty())
-        return;
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
-    statusBar()->showMessage(notice, 6000);
-    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
 }
 
 void MainWindow::startApiServer()
@@ -406,7 +408,8 @@ void MainWindow::applyPreferences()
     else
         m_model->clearUserLocation();
     m_ui.table->showDistanceColumns(s.hasUserLocation);
-    m_coords->setLookupsEnabled(s.hasUserLocation);
+    m_mapDocks->applySettings(s);
+    updateCoordLookups();
 }
 
 bool MainWindow::isLwBridgeActive() const

@@ -19,6 +19,7 @@ class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
 class LwClient;
+class MapDocks;
 class PotaSpotFetcher;
 class QNetworkAccessManager;
 class QThread;
@@ -33,6 +34,7 @@ class SpotFilterProxyModel;
 class SpotIngestor;
 class StationModel;
 class UpdateChecker;
+class WorkedImportLoader;
 class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
@@ -106,9 +108,11 @@ private slots:
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
-    void onAddToLog();
+    void onAddToLog() { logSelected(m_settings.confirmLog); }
     void exportSotaLog();
     void exportPotaLog();
+    void exportAllContacts();
+    void importWorkedLogbook();
     void onPreferences();
     void onRadioSetup();
     void onDxClusterSetup();
@@ -125,6 +129,8 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupStatusBar();
+    // The map and the band map, in docks under the View menu.
+    void setupMapDocks();
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
@@ -146,6 +152,10 @@ private:
     void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // As a click would: the window comes forward and the row is selected.
     void selectSpot(const QString &key);
+    // The operator picked the spot in a view other than the table: selected, and so tuned.
+    void selectSpotByOperator(const QString &key);
+    // Positions are looked up while there is a home to measure from or a map to draw them on.
+    void updateCoordLookups();
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
     // Ctrl+F and "/": the search field, its text selected.
@@ -157,6 +167,13 @@ private:
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);
+    // Logs the selection, after the operator confirms it in the log dialog when asked to.
+    void logSelected(bool confirm);
+    // The operator's changes to the selection's records; nothing when they cancel.
+    std::optional<QList<RecordEdit>> confirmLogEdits(const QString &key);
+    // The imported logbook: read at start and after an import, on a worker thread.
+    void wireWorkedImport();
+    void readWorkedLogbook();
     void exportLog(const ExportFormat &format);
     // False when no radio path is up, the frequency is unknown or the program asked.
     bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
@@ -188,6 +205,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    WorkedImportLoader *m_workedImport = nullptr;
     QTimer *m_countsTimer = nullptr;
 
     AppSettings m_settings;
@@ -200,4 +218,5 @@ private:
     RadioPanel *m_radioPanel = nullptr;
     RadioView *m_radioView = nullptr;
     SourcesView *m_sourcesView = nullptr;
+    MapDocks *m_mapDocks = nullptr;
 };

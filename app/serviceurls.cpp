@@ -1,5 +1,6 @@
 #include "app/serviceurls.h"
 
+#include "app/coordinatecache.h"
 #include "sources/websource.h"
 
 namespace {
@@ -13,12 +14,16 @@ QUrl defaultUrl(StationSpot::Source source)
 
 ServiceUrls ServiceUrls::defaults()
 {
-    return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
-                       defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA)};
+    return ServiceUrls{defaultUrl(StationSpot::POTA),
+                       defaultUrl(StationSpot::SOTA),
+                       defaultUrl(StationSpot::WWFF),
+                       defaultUrl(StationSpot::WWBOTA),
+                       defaultUrl(StationSpot::GMA),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl))};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{base, base, base, base, base};
+    return ServiceUrls{base, base, base, base, base, base, base};
 }

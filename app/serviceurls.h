@@ -11,6 +11,9 @@ struct ServiceUrls
     QUrl wwff;
     QUrl wwbota;
     QUrl gma;
+    // The programmes' position services for parks and summits.
+    QUrl parkPositions;
+    QUrl summitPositions;
 
     static ServiceUrls defaults();
     // Every service on one base URL (scheme, host and port).

@@ -43,6 +43,19 @@ QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const
     return edit;
 }
 
+QComboBox *regionCombo(QWidget *parent, int region)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QStringLiteral("bandPlanRegionCombo"));
+    combo->addItem(QStringLiteral("From my callsign"), 0);
+    combo->addItem(QStringLiteral("IARU Region 1 (Europe, Africa)"), 1);
+    combo->addItem(QStringLiteral("IARU Region 2 (the Americas)"), 2);
+    combo->addItem(QStringLiteral("IARU Region 3 (Asia, Pacific)"), 3);
+    combo->setCurrentIndex(qBound(0, region, 3));
+    combo->setToolTip(QStringLiteral("Where the band map shades CW, digital and phone"));
+    return combo;
+}
+
 } // namespace
 
 Preferences Preferences::fromSettings(const AppSettings &settings)
@@ -63,6 +76,8 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertsEnabled = settings.alertsEnabled;
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
+    p.confirmLog = settings.confirmLog;
+    p.bandPlanRegion = settings.bandPlanRegion;
     return p;
 }
 
@@ -83,6 +98,8 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertsEnabled = alertsEnabled;
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
+    settings.confirmLog = confirmLog;
+    settings.bandPlanRegion = bandPlanRegion;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
@@ -97,6 +114,8 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
                                    QStringLiteral("Your latitude in decimal degrees (positive = North)")))
     , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
                                     QStringLiteral("Your longitude in decimal degrees (positive = East)")))
+    , m_confirmLog(new QCheckBox(QStringLiteral("Confirm each contact before logging"), this))
+    , m_bandPlanRegion(regionCombo(this, values.bandPlanRegion))
 {
     setWindowTitle(QStringLiteral("Preferences"));
     setMinimumWidth(360);
@@ -116,6 +135,10 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     m_longitude->setEnabled(values.hasUserLocation);
     connect(m_hasLocation, &QCheckBox::toggled, m_latitude, &QWidget::setEnabled);
     connect(m_hasLocation, &QCheckBox::toggled, m_longitude, &QWidget::setEnabled);
+    m_confirmLog->setObjectName(QStringLiteral("confirmLogCheck"));
+    m_confirmLog->setChecked(values.confirmLog);
+    m_confirmLog->setToolTip(QStringLiteral("L opens the Log Contact dialog: reports, comment and the "
+                                            "references to log. Shift+L always opens it"));
 
     auto *form = new QFormLayout;
     form->addRow(QStringLiteral("My Callsign:"), m_callsign);
@@ -125,6 +148,8 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("My Location:"), m_hasLocation);
     form->addRow(QStringLiteral("Latitude:"), m_latitude);
     form->addRow(QStringLiteral("Longitude:"), m_longitude);
+    form->addRow(QStringLiteral("Logging:"), m_confirmLog);
+    form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
@@ -224,6 +249,8 @@ Preferences PreferencesDialog::preferences() const
     p.alertsEnabled = m_alertsEnabled->isChecked();
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
+    p.confirmLog = m_confirmLog->isChecked();
+    p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     return p;
 }
 

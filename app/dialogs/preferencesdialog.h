@@ -30,6 +30,8 @@ struct Preferences
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    bool confirmLog = false;
+    int bandPlanRegion = 0; // 0: from the call sign
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -73,4 +75,6 @@ private:
     QCheckBox *m_alertsEnabled = nullptr;
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
+    QCheckBox *m_confirmLog;
+    QComboBox *m_bandPlanRegion;
 };

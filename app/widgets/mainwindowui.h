@@ -4,6 +4,7 @@ class DetailPanel;
 class FilterBar;
 class QAction;
 class QMainWindow;
+class QMenu;
 class QSplitter;
 class SpotFilterProxyModel;
 class SpotTable;
@@ -26,6 +27,8 @@ public:
     QAction *refreshAll = nullptr;
     QAction *exportSotaLog = nullptr;
     QAction *exportPotaLog = nullptr;
+    QAction *exportAllContacts = nullptr;
+    QAction *importWorkedLogbook = nullptr;
     QAction *clearSpots = nullptr;
     QAction *quit = nullptr;
     QAction *preferences = nullptr;
@@ -35,6 +38,7 @@ public:
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
     QAction *about = nullptr;
+    QMenu *viewMenu = nullptr;
     QAction *toolBarRefreshAll = nullptr;
 
     FilterBar *filterBar = nullptr;

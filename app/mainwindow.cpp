@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "api/spotdeltatracker.h"
 #include "api/wsserver.h"
 #include "app/coordinatecache.h"
 #include "app/dialogs/dxclustersdialog.h"
@@ -115,6 +116,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     saveJsonSettings();
 
     m_wsServer = new WsServer(this, this);
+    m_wsServer->setSpotTracker(new SpotDeltaTracker(m_model, m_proxy, m_wsServer));
     wireRadioEvents();
     startApiServer();
     startBridge();

@@ -70,11 +70,20 @@ public:
 
     void setSourceModel(QAbstractItemModel *model) override;
 
+    // The row test on a spot of the model (the age against the model's clock).
+    bool acceptsSpot(const StationSpot &spot) const;
+
+signals:
+    // Any rule changed (or the age window moved on): rows may have come or gone.
+    void visibilityRulesChanged();
+
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
 
 private:
+    void refilter();
+
     // The source as a station model, or null; looked up once, not per row,
     // and cleared should the model go before the proxy.
     QPointer<const StationModel> m_stationModel;

@@ -433,6 +433,15 @@ void DxClusterFetcher::processLine(const QString &rawLine)
 
 void DxClusterFetcher::handleSpotLine(const QString &line)
 {
+    if (SkimmerReport::isSkimmerLine(line)) {
+        // A skimmer's hearing relayed by the node: a report for the skimmer
+        // rows, never a spot of its own.
+        const SkimmerReport report =
+            SkimmerReport::parse(line, QDateTime::fromMSecsSinceEpoch(m_clock(), Qt::UTC));
+        if (report.isValid())
+            emit skimmerReportReady(report);
+        return;
+    }
     if (line.startsWith(QLatin1String("DX de "), Qt::CaseInsensitive)) {
         StationSpot spot = parseDxLine(line);
         if (spot.frequencyKhz > 0 && !spot.callsign.isEmpty())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/stationspot.h"
+#include "sources/skimmerreport.h"
 
 #include <QAbstractSocket>
 #include <QDateTime>
@@ -111,6 +112,8 @@ public slots:
 
 signals:
     void spotsReady(QList<StationSpot> spots);
+    // A skimmer line (spotter ending in "-#"); it gives no spotsReady.
+    void skimmerReportReady(const SkimmerReport &report);
     void fetchError(QString error);
     void fetchStarted();
     void connectionChanged(bool connected);

@@ -1,6 +1,11 @@
+#include "sources/dxclusterfetcher.h"
 #include "sources/skimmeraggregator.h"
+#include "sources/skimmerfeed.h"
 #include "sources/skimmerreport.h"
+#include "support/clustertestserver.h"
 #include "support/testmain.h"
+
+#include <QSignalSpy>
 
 namespace {
 
@@ -104,6 +109,46 @@ private slots:
                      .arg(aggregator.stationCount()),
                  fetched<QString>("expected"));
         QCOMPARE(last.referenceName, QStringLiteral("Portugal"));
+    }
+
+    // An ordinary node relays skimmer lines among its spots: they become
+    // skimmer rows, merged together, and never DX spots.
+    void relayedLinesOnAClusterNode()
+    {
+        const qint64 now = k_now.toMSecsSinceEpoch();
+        ClusterTestServer server;
+        QVERIFY(server.start());
+        DxClusterFetcher node(QStringLiteral("127.0.0.1"), server.port(), QStringLiteral("K1ABC"));
+        node.setClock([now] { return now; });
+        SkimmerFeed feed([now] { return now; });
+        connect(&node, &DxClusterFetcher::skimmerReportReady, &feed, &SkimmerFeed::add);
+        QSignalSpy dx(&node, &DxClusterFetcher::spotsReady);
+        QSignalSpy merges(&feed, &SkimmerFeed::spotsReady);
+        node.connectToCluster();
+        QTRY_COMPARE(server.receivedCount("K1ABC"), 2);
+        server.sendLine("Hello K1ABC");
+        QTRY_VERIFY(node.isConnected());
+
+        server.sendLine("DX de KM3T-#: 14025.0 CS3B CW 24 dB 22 WPM CQ 2259Z"); // source off: dropped
+        server.sendLine("DX de K1ABC: 14062.5 KH7KA cw 2259Z");
+        QTRY_COMPARE(dx.size(), 1);
+        QCOMPARE(dx.first().at(0).value<QList<StationSpot>>().first().callsign, QStringLiteral("KH7KA"));
+        feed.setEnabled(true);
+        server.sendLine("DX de W3OA-#: 14025.1 CS3B CW 20 dB 22 WPM CQ 2259Z");
+        server.sendLine("DX de DL8LAS-#: 14025.0 CS3B CW 30 dB 22 WPM CQ 2259Z");
+        server.sendLine("DX de DL8LAS-#: 7074.0 JA1XYZ FT8 -12 dB CQ 2259Z");
+        QTRY_COMPARE(feed.pendingRows(), 2);
+        QCOMPARE(dx.size(), 1);
+        QVERIFY(merges.isEmpty()); // held for the merge interval
+        QVERIFY(merges.wait());
+        QCOMPARE(merges.size(), 1);
+        const auto rows = merges.first().at(0).value<QList<StationSpot>>();
+        QCOMPARE(rows.size(), 2);
+        for (const StationSpot &s : rows) {
+            QCOMPARE(s.source, StationSpot::RBN);
+            if (s.callsign == QLatin1String("CS3B"))
+                QCOMPARE(s.comments, QStringLiteral("30 dB · 2 skimmers"));
+        }
     }
 };
 

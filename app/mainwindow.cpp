@@ -34,6 +34,7 @@
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
+#include "sources/skimmerfeed.h"
 #include "sources/sotaspotfetcher.h"
 #include "sources/sourcehealth.h"
 #include "sources/wwbotaspotfetcher.h"
@@ -76,6 +77,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_radio(new RadioRouter(m_rigLink, m_pollTimer, m_reconnectTimer, this))
     , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
+    , m_skimmerFeed(new SkimmerFeed({}, this))
     , m_sourceHealth(new SourceHealth(this))
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
@@ -108,6 +110,8 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     createDxFetchers();
     if (m_settings.filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
+    m_skimmerFeed->setEnabled(m_settings.filter.isSourceEnabled(StationSpot::RBN));
+    connect(m_skimmerFeed, &SkimmerFeed::spotsReady, this, &MainWindow::onSpotsReady);
 
     connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
     m_updateChecker->checkForUpdates();
@@ -334,6 +338,7 @@ void MainWindow::onSourceFilterChanged()
     const bool dxOn = m_settings.filter.isSourceEnabled(StationSpot::DX);
     dxOn ? m_dxClusters.connectAll() : m_dxClusters.disconnectAll();
     m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
+    m_skimmerFeed->setEnabled(m_settings.filter.isSourceEnabled(StationSpot::RBN));
     applyFilter(true);
 }
 
@@ -341,6 +346,7 @@ void MainWindow::createDxFetchers()
 {
     m_dxClusters.rebuild(m_settings.dxClusters, m_settings.callsign, [this](DxClusterFetcher *dx) {
         connect(dx, &DxClusterFetcher::spotsReady, this, &MainWindow::onSpotsReady);
+        connect(dx, &DxClusterFetcher::skimmerReportReady, m_skimmerFeed, &SkimmerFeed::add);
         connect(dx, &DxClusterFetcher::fetchError, this, &MainWindow::onFetchError);
         connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
         connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);

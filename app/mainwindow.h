@@ -27,6 +27,7 @@ class QTimer;
 class RadioPanel;
 class RadioRouter;
 class RadioView;
+class SkimmerFeed;
 class SotaSpotFetcher;
 class SourceHealth;
 class SourcesView;
@@ -204,6 +205,7 @@ private:
     RadioRouter *m_radio;
     CoordinateCache *m_coords;
     SpotIngestor *m_ingestor;
+    SkimmerFeed *m_skimmerFeed; // skimmer rows, one merge a second
     SourceHealth *m_sourceHealth;
     StationDesk m_desk;
     AlertCenter *m_alerts;

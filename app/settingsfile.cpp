@@ -229,6 +229,9 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
 
     flagsFromJson(filter.sources, json.value(key("sources")), k_sourceKeys);
     s.dxClusters = clustersFromJson(json);
+    s.rbnHost = stringValue(json.value(key("rbnHost"))).trimmed();
+    if (s.rbnHost.isEmpty())
+        s.rbnHost = d.rbnHost;
     flagsFromJson(filter.modes, json.value(key("modes")), k_modeKeys);
 
     filter.statusIndex = clampedInt(json.value(key("statusFilter")), d.filter.statusIndex, 0,
@@ -278,6 +281,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("hamlib"), rigToJson(s.rig)},
         {key("sources"), flagsToJson(s.filter.sources, k_sourceKeys)},
         {key("dxClusters"), clustersToJson(s.dxClusters)},
+        {key("rbnHost"), s.rbnHost},
         {key("modes"), flagsToJson(s.filter.modes, k_modeKeys)},
         {key("statusFilter"), s.filter.statusIndex},
         {key("sortColumn"), s.sortColumn},

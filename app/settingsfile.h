@@ -42,6 +42,7 @@ struct AppSettings
     // Band names the band table lacks are dropped on reading.
     FilterState filter;
     QList<DxClusterEntry> dxClusters{defaultDxCluster()};
+    QString rbnHost = QStringLiteral("telnet.reversebeacon.net"); // the skimmer feed, ports 7000 and 7001
 
     int sortColumn = 6; // 0..9
     Qt::SortOrder sortOrder = Qt::DescendingOrder;

@@ -408,7 +408,8 @@ bool DxClusterFetcher::acceptOrReject(const QString &line)
     m_promptTimer->stop();
     m_state = LoggedIn;
     m_loggedInAtMs = m_clock();
-    m_socket->write("SET/DX\r\n");
+    if (!m_skimmerFeed)
+        m_socket->write("SET/DX\r\n");
     emit connectionChanged(true);
     if (m_state != LoggedIn)
         return false; // a receiver ended the session
@@ -433,9 +434,9 @@ void DxClusterFetcher::processLine(const QString &rawLine)
 
 void DxClusterFetcher::handleSpotLine(const QString &line)
 {
-    if (SkimmerReport::isSkimmerLine(line)) {
-        // A skimmer's hearing relayed by the node: a report for the skimmer
-        // rows, never a spot of its own.
+    if (m_skimmerFeed || SkimmerReport::isSkimmerLine(line)) {
+        // A skimmer's hearing, from the skimmer feed or relayed by a node: a
+        // report for the skimmer rows, never a spot of its own.
         const SkimmerReport report =
             SkimmerReport::parse(line, QDateTime::fromMSecsSinceEpoch(m_clock(), Qt::UTC));
         if (report.isValid())

@@ -62,6 +62,12 @@ public:
     QString host() const { return m_host; }
     quint16 port() const { return m_port; }
 
+    // A skimmer feed (the Reverse Beacon Network) streams skimmer lines
+    // only: every line goes to the skimmer parser, no DX spot ever comes of
+    // it and nothing but the call is sent to it.
+    void setSkimmerFeed(bool skimmerFeed) { m_skimmerFeed = skimmerFeed; }
+    bool isSkimmerFeed() const { return m_skimmerFeed; }
+
     void setCallsign(const QString &call);
     QString callsign() const { return m_callsign; }
 
@@ -160,6 +166,7 @@ private:
     QString m_buffer;
     QStringDecoder m_decoder;
     bool m_discardingLine = false;
+    bool m_skimmerFeed = false;
     quint64 m_session = 0; // changes whenever a connection starts or ends
     int m_reconnectDelayMs = k_initialReconnectDelayMs;
     bool m_stopped = false;

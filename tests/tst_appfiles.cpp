@@ -29,7 +29,7 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "sources":{"sota":false,"pota":true,"wwff":false,"wwbota":true,"bota":false,"dx":true,"gma":false,
     "rbn":true,"zlota":false,"siota":false},
     "dxClusters":[{"host":"cluster.example.org","port":7300},{"host":"10.0.0.2","port":8000}],
-    "modes":{"ssb":false,"cw":true,"am":false,"fm":true,"other":false},"statusFilter":3,"sortColumn":2,
+    "rbnHost":"rbn.example.org","modes":{"ssb":false,"cw":true,"am":false,"fm":true,"other":false},"statusFilter":3,"sortColumn":2,
     "sortOrder":0,"disabledBands":["60m","70cm"],"potaPrograms":["US","K"],"sotaAssociations":["W4C"],
     "watchCallsigns":["W4GXX","ÉA1AB"],"watchReferences":["US-1234"],"wsEnabled":false,"wsPort":4000,
     "wsHost":"0.0.0.0","lwEnabled":true,"lwHost":"192.168.1.5","lwPort":5000,"autoAtu":true,

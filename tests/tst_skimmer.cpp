@@ -1,4 +1,5 @@
 #include "sources/dxclusterfetcher.h"
+#include "sources/rbnclient.h"
 #include "sources/skimmeraggregator.h"
 #include "sources/skimmerfeed.h"
 #include "sources/skimmerreport.h"
@@ -149,6 +150,42 @@ private slots:
             if (s.callsign == QLatin1String("CS3B"))
                 QCOMPARE(s.comments, QStringLiteral("30 dB · 2 skimmers"));
         }
+    }
+
+    // Both feeds log in with the own call, send nothing else, and give
+    // skimmer reports only; without a call nothing connects.
+    void rbnFeeds()
+    {
+        ClusterTestServer cw;
+        ClusterTestServer digital;
+        QVERIFY(cw.start() && digital.start());
+        RbnClient rbn;
+        QSignalSpy status(&rbn, &RbnClient::statusMessage);
+        QSignalSpy reports(&rbn, &RbnClient::skimmerReportReady);
+        rbn.setHost(QStringLiteral("127.0.0.1"), cw.port(), digital.port());
+        QVERIFY(!rbn.start());
+        QCOMPARE(status.size(), 1);
+        QCOMPARE(status.first().at(0).toString(), RbnClient::noCallsignText());
+        QCOMPARE(rbn.feeds()[0]->state(), DxClusterFetcher::Disconnected);
+
+        rbn.setCallsign(QStringLiteral("g4abc"));
+        QVERIFY(rbn.start());
+        QTRY_COMPARE(cw.receivedCount("G4ABC"), 2);
+        QTRY_COMPARE(digital.receivedCount("G4ABC"), 2);
+        cw.sendLine("Connected");
+        digital.sendLine("Connected");
+        QTRY_VERIFY(rbn.feeds()[0]->isConnected() && rbn.feeds()[1]->isConnected());
+        QSignalSpy dx(rbn.feeds()[1], &DxClusterFetcher::spotsReady);
+        digital.sendLine("DX de K1ABC: 14062.5 KH7KA cw 2259Z");
+        digital.sendLine("DX de DL8LAS-#: 7074.0 JA1XYZ FT8 -12 dB CQ 2259Z");
+        QTRY_COMPARE(reports.size(), 1);
+        QCOMPARE(reports.first().at(0).value<SkimmerReport>().callsign, QStringLiteral("JA1XYZ"));
+        QVERIFY(dx.isEmpty());
+        QCOMPARE(cw.receivedCount("SET/DX") + digital.receivedCount("SET/DX"), 0);
+
+        rbn.setCallsign(QString()); // the call removed: off, with the reason
+        QCOMPARE(status.size(), 2);
+        QVERIFY(!rbn.isRunning() && !rbn.anyConnected());
     }
 };
 

@@ -34,6 +34,7 @@
 #include "sources/dxclusterfetcher.h"
 #include "sources/gmaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
+#include "sources/rbnclient.h"
 #include "sources/skimmerfeed.h"
 #include "sources/sotaspotfetcher.h"
 #include "sources/sourcehealth.h"
@@ -78,6 +79,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_coords(new CoordinateCache(m_network, this))
     , m_ingestor(new SpotIngestor(m_model, this))
     , m_skimmerFeed(new SkimmerFeed({}, this))
+    , m_rbn(new RbnClient(this))
     , m_sourceHealth(new SourceHealth(this))
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
@@ -110,8 +112,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     createDxFetchers();
     if (m_settings.filter.isSourceEnabled(StationSpot::DX))
         m_dxClusters.connectAll();
-    m_skimmerFeed->setEnabled(m_settings.filter.isSourceEnabled(StationSpot::RBN));
-    connect(m_skimmerFeed, &SkimmerFeed::spotsReady, this, &MainWindow::onSpotsReady);
+    wireRbn();
 
     connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
     m_updateChecker->checkForUpdates();
@@ -338,8 +339,27 @@ void MainWindow::onSourceFilterChanged()
     const bool dxOn = m_settings.filter.isSourceEnabled(StationSpot::DX);
     dxOn ? m_dxClusters.connectAll() : m_dxClusters.disconnectAll();
     m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
-    m_skimmerFeed->setEnabled(m_settings.filter.isSourceEnabled(StationSpot::RBN));
+    applyRbnChoice();
     applyFilter(true);
+}
+
+void MainWindow::wireRbn()
+{
+    m_rbn->setHost(m_settings.rbnHost);
+    m_rbn->setCallsign(m_settings.callsign);
+    connect(m_rbn, &RbnClient::skimmerReportReady, m_skimmerFeed, &SkimmerFeed::add);
+    connect(m_rbn, &RbnClient::fetchError, this, &MainWindow::onFetchError);
+    connect(m_rbn, &RbnClient::statusMessage, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 8000); });
+    connect(m_skimmerFeed, &SkimmerFeed::spotsReady, this, &MainWindow::onSpotsReady);
+    applyRbnChoice();
+}
+
+void MainWindow::applyRbnChoice()
+{
+    const bool on = m_settings.filter.isSourceEnabled(StationSpot::RBN);
+    m_skimmerFeed->setEnabled(on);
+    on ? void(m_rbn->start()) : m_rbn->stop();
 }
 
 void MainWindow::createDxFetchers()

@@ -21,6 +21,7 @@ class HamlibLink;
 class LwClient;
 class MapDocks;
 class PotaSpotFetcher;
+class RbnClient;
 class QNetworkAccessManager;
 class QThread;
 class QTimer;
@@ -164,6 +165,9 @@ private:
     void focusSearch();
 
     void createDxFetchers();
+    void wireRbn();
+    // The skimmer feed and its connections follow the RBN tick.
+    void applyRbnChoice();
     void afterMerge(const QList<StationSpot> &batch);
     // Filter changes: read the bar, apply, count, save (unless only the search changed), push.
     void applyFilter(bool save);
@@ -206,6 +210,7 @@ private:
     CoordinateCache *m_coords;
     SpotIngestor *m_ingestor;
     SkimmerFeed *m_skimmerFeed; // skimmer rows, one merge a second
+    RbnClient *m_rbn;
     SourceHealth *m_sourceHealth;
     StationDesk m_desk;
     AlertCenter *m_alerts;

@@ -23,6 +23,7 @@
 #include "radio/hamliblink.h"
 #include "radio/lwclient.h"
 #include "radio/radiorouter.h"
+#include "sources/rbnclient.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -40,6 +41,8 @@ void MainWindow::onPreferences()
     applyPreferences();
     m_ingestor->applySourceChoice(m_settings.filter, s.refreshIntervalSecs);
     m_dxClusters.setCallsign(s.callsign);
+    m_rbn->setCallsign(s.callsign);
+    applyRbnChoice();
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
         m_wsServer->stopListening();
         startApiServer();

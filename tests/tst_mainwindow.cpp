@@ -323,10 +323,10 @@ private slots:
                 .toUtf8());
 
         MainWindow w(services());
-        QCOMPARE(w.findChildren<DxClusterFetcher *>().size(), 2);
-        QTRY_VERIFY_WITH_TIMEOUT(w.findChildren<DxClusterFetcher *>().at(0)->isConnected() &&
-                                     w.findChildren<DxClusterFetcher *>().at(1)->isConnected(),
-                                 5000);
+        // The cluster clients, not the skimmer feed's connections.
+        const auto clients = w.findChildren<DxClusterFetcher *>(Qt::FindDirectChildrenOnly);
+        QCOMPARE(clients.size(), 2);
+        QTRY_VERIFY_WITH_TIMEOUT(clients.at(0)->isConnected() && clients.at(1)->isConnected(), 5000);
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Connected"));
         QVERIFY(nodeB.receivedCount("N0CALL") >= 1); // the operator's call, on every node
 

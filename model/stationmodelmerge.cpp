@@ -4,6 +4,8 @@
 // that stay instead of computing it afresh.
 #include "model/stationmodel.h"
 
+#include "model/bands.h"
+
 #include <QMultiHash>
 #include <QSet>
 
@@ -42,8 +44,18 @@ quint64 callRefHash(const StationSpot &spot)
     return h;
 }
 
+// Skimmer rows are one per call sign, band and mode, and never stand in for
+// another source's spot of the same station.
+bool sameSkimmerRow(const StationSpot &a, const StationSpot &b)
+{
+    if (a.source != StationSpot::RBN && b.source != StationSpot::RBN)
+        return true;
+    return a.source == b.source && a.mode == b.mode &&
+           bandForFrequency(a.frequencyKhz) == bandForFrequency(b.frequencyKhz);
+}
+
 // Whether call sign + "|" + reference is the same text for both spots.
-bool sameCallRef(const StationSpot &a, const StationSpot &b)
+bool sameCallRefText(const StationSpot &a, const StationSpot &b)
 {
     if (a.callsign.size() == b.callsign.size())
         return a.callsign == b.callsign && a.reference == b.reference;
@@ -51,6 +63,12 @@ bool sameCallRef(const StationSpot &a, const StationSpot &b)
         return false;
     // The same text split differently, e.g. "A|B" + "C" against "A" + "B|C".
     return a.callsign + QLatin1Char('|') + a.reference == b.callsign + QLatin1Char('|') + b.reference;
+}
+
+// Whether the two are rows of one station: the first of them is kept.
+bool sameCallRef(const StationSpot &a, const StationSpot &b)
+{
+    return sameCallRefText(a, b) && sameSkimmerRow(a, b);
 }
 
 } // namespace

@@ -47,7 +47,9 @@ StationSpot SkimmerAggregator::add(const SkimmerReport &report)
         spot.mode = report.mode;
     }
     spot.frequencyKhz = report.frequencyKhz;
-    spot.spotTime = report.time;
+    // Lines carry the minute only; the row's time is when it was last heard,
+    // so a refreshed row is newer than the one it replaces in the table.
+    spot.spotTime = QDateTime::fromMSecsSinceEpoch(std::max(now, report.time.toMSecsSinceEpoch()), Qt::UTC);
     spot.spotter = best.skimmer;
     spot.comments = QStringLiteral("%1 dB · %2 skimmers").arg(best.snrDb).arg(hearings.size());
     return spot;

@@ -1,3 +1,4 @@
+#include "model/stationmodel.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/rbnclient.h"
 #include "sources/skimmeraggregator.h"
@@ -186,6 +187,37 @@ private slots:
         rbn.setCallsign(QString()); // the call removed: off, with the reason
         QCOMPARE(status.size(), 2);
         QVERIFY(!rbn.isRunning() && !rbn.anyConnected());
+    }
+
+    // The table holds one skimmer row per call, band and mode: an updated
+    // aggregate replaces its row, and a cluster spot of the station stays.
+    void oneTableRowPerCallBandMode()
+    {
+        StationModel model;
+        model.setClock([] { return k_now.toMSecsSinceEpoch(); });
+        const auto spot = [](StationSpot::Source source, double kHz, const char *mode, const char *comment,
+                             int agoSecs = 60) {
+            StationSpot s;
+            s.source = source;
+            s.callsign = QStringLiteral("CS3B");
+            s.frequencyKhz = kHz;
+            s.mode = QString::fromLatin1(mode);
+            s.comments = QString::fromUtf8(comment);
+            s.spotTime = k_now.addSecs(-agoSecs);
+            return s;
+        };
+        model.mergeSpots({spot(StationSpot::DX, 14025.0, "CW", "cluster")});
+        model.mergeSpots({spot(StationSpot::RBN, 14025.0, "CW", "10 dB · 1 skimmers"),
+                          spot(StationSpot::RBN, 7025.0, "CW", "5 dB · 1 skimmers"),
+                          spot(StationSpot::RBN, 14080.0, "RTTY", "7 dB · 1 skimmers")});
+        QCOMPARE(model.rowCount(), 4);
+        model.mergeSpots({spot(StationSpot::RBN, 14025.1, "CW", "20 dB · 2 skimmers", 59)});
+        QStringList rows;
+        for (int row = 0; row < model.rowCount(); ++row)
+            rows << model.spotAt(row).comments;
+        rows.sort();
+        QCOMPARE(rows.join(QLatin1Char('/')),
+                 QStringLiteral("20 dB · 2 skimmers/5 dB · 1 skimmers/7 dB · 1 skimmers/cluster"));
     }
 };
 

@@ -215,7 +215,9 @@ bool StationModel::MergePass::carryStatus(int row)
     for (; it != m_incomingByHash.cend() && it->first == hash; ++it) {
         Incoming &in = m_incoming[size_t(it->second)];
         const StationSpot &spot = m_model.m_spots.at(row);
-        if (!sameCallRef(spot, m_batch.at(in.batchIndex)))
+        // The status follows the key, whatever the source; which row stays is
+        // settled when the rows are taken.
+        if (!sameCallRefText(spot, m_batch.at(in.batchIndex)))
             continue;
         contested = true;
         if (keyKhz(spot.frequencyKhz) == in.khz) {

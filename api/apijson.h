@@ -6,15 +6,28 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 class ApiBackend;
 class JsonWriter;
 
-// What a command or a message needs besides the program: the server's own state.
+// The answer of a command that replies once something else has answered:
+// called once, with an error text, or with an empty one and the reply's data
+// as compact JSON.
+using ApiLateReply = std::function<void(const QString &error, const QByteArray &dataJson)>;
+
+// What a command or a message needs besides the program: the server's own
+// state, and of the client that asks.
 struct ApiContext
 {
     ApiBackend &backend;
     quint16 port = 0;
     int clientCount = 0;
+    // The asking program runs on this computer (a loopback peer).
+    bool localPeer = true;
+    // For a command that answers later: it returns a null QByteArray and
+    // calls this instead. Empty where no client asked.
+    ApiLateReply lateReply = nullptr;
 };
 
 // The JSON shapes of the API, written in their documented key order.

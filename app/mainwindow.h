@@ -31,6 +31,7 @@ class SourceHealth;
 class SourcesView;
 class SpotFilterProxyModel;
 class SpotIngestor;
+class SpotPoster;
 class StationModel;
 class UpdateChecker;
 class WsServer;
@@ -83,6 +84,7 @@ public:
     void apiSetKeySpeed(int wpm) override;
     void apiStartTune() override;
     void apiRefresh() override { onRefreshAll(); }
+    void apiPostSpot(const ApiSpotPost &post, ApiSpotAnswer answer) override;
 
 public slots:
     void onRefreshAll();
@@ -107,6 +109,8 @@ private slots:
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
     void onAddToLog();
+    // The spot dialog, prefilled from the selection when asked to and there is one.
+    void onSpotStation(bool fromSelection);
     void exportSotaLog();
     void exportPotaLog();
     void onPreferences();
@@ -132,6 +136,7 @@ private:
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
+    void wireSpotting();
 
     void loadContactStatus() { m_desk.loadStatuses(); }
     void loadCoordCache();
@@ -186,6 +191,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    SpotPoster *m_spotPoster;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

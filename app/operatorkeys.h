@@ -10,6 +10,7 @@ enum class OperatorAction {
     MarkHeard,
     MarkNotHeard,
     Log,
+    Spot,
     NextSpot,
     PreviousSpot,
 };

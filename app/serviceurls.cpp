@@ -4,21 +4,37 @@
 
 namespace {
 
+constexpr const char *k_potaPostPath = "/spot";
+constexpr const char *k_wwbotaPostPath = "/spots/";
+
 QUrl defaultUrl(StationSpot::Source source)
 {
     return QUrl(QString::fromLatin1(WebSource::of(source).defaultUrl));
+}
+
+QUrl withPath(QUrl base, const char *path)
+{
+    base.setPath(QString::fromLatin1(path));
+    return base;
 }
 
 } // namespace
 
 ServiceUrls ServiceUrls::defaults()
 {
-    return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
-                       defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA)};
+    const QUrl pota = defaultUrl(StationSpot::POTA);
+    const QUrl wwbota = defaultUrl(StationSpot::WWBOTA);
+    return ServiceUrls{pota,
+                       defaultUrl(StationSpot::SOTA),
+                       defaultUrl(StationSpot::WWFF),
+                       wwbota,
+                       defaultUrl(StationSpot::GMA),
+                       withPath(pota, k_potaPostPath),
+                       withPath(wwbota, k_wwbotaPostPath)};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{base, base, base, base, base};
+    return ServiceUrls{
+        base, base, base, base, base, withPath(base, k_potaPostPath), withPath(base, k_wwbotaPostPath)};
 }

@@ -30,6 +30,7 @@ struct Preferences
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    QString spotComment;
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -60,6 +61,7 @@ private:
 
     QLineEdit *m_callsign;
     QLineEdit *m_sotaRef;
+    QLineEdit *m_spotComment;
     QSpinBox *m_maxAge;
     QSpinBox *m_refreshInterval;
     QCheckBox *m_hasLocation;

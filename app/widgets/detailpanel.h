@@ -31,6 +31,7 @@ public:
     QPushButton *heardButton() const { return m_heardButton; }
     QPushButton *unheardButton() const { return m_unheardButton; }
     QPushButton *addToLogButton() const { return m_addToLogButton; }
+    QPushButton *spotButton() const { return m_spotButton; }
 
 private:
     QLabel *m_callsign;
@@ -48,4 +49,5 @@ private:
     QPushButton *m_heardButton;
     QPushButton *m_unheardButton;
     QPushButton *m_addToLogButton;
+    QPushButton *m_spotButton;
 };

@@ -31,6 +31,8 @@ void MainWindowUi::buildMenuBar(QMainWindow &window)
     disconnectRadio = radio->addAction(QStringLiteral("&Disconnect Radio"));
     dxClusterSetup = radio->addAction(QStringLiteral("DX &Cluster Setup..."));
     lwBridgeSetup = radio->addAction(QStringLiteral("Lampwick &Bridge..."));
+    // An empty form: any station, the operator's own included.
+    spotStation = bar->addMenu(QStringLiteral("&Spot"))->addAction(QStringLiteral("Spot a Station…"));
     about = bar->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"));
 }
 

@@ -33,6 +33,7 @@ public:
     QAction *disconnectRadio = nullptr;
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
+    QAction *spotStation = nullptr;
     QAction *about = nullptr;
     QAction *toolBarRefreshAll = nullptr;
 

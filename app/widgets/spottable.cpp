@@ -3,8 +3,10 @@
 #include "app/operatorkeys.h"
 #include "model/stationmodel.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 
 SpotTable::SpotTable(QAbstractItemModel *model, QWidget *parent)
     : QTableView(parent)
@@ -74,4 +76,16 @@ void SpotTable::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTableView::keyPressEvent(event);
+}
+
+void SpotTable::contextMenuEvent(QContextMenuEvent *event)
+{
+    const QModelIndex index = indexAt(event->pos());
+    if (!index.isValid())
+        return;
+    selectViewRow(index.row());
+    QMenu menu(this);
+    const QAction *respot = menu.addAction(QStringLiteral("Re-spot\u2026"));
+    if (menu.exec(event->globalPos()) == respot)
+        emit respotRequested();
 }

@@ -24,6 +24,11 @@ public:
     bool stepSelection(int step);
     void showDistanceColumns(bool shown);
 
+signals:
+    // "Re-spot…" chosen on a row's context menu; the row is selected first.
+    void respotRequested();
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 };

@@ -143,7 +143,7 @@ SpotRequest SpotDialog::request() const
     r.target = StationSpot::Source(m_target->currentData().toInt());
     if (r.programme == StationSpot::DX)
         r.programme = SpotRequest::programmeOf(r.reference);
-    r.clusterHost = r.target == StationSpot::DX ? m_node->currentText() : QString();
+    r.clusterNode = r.target == StationSpot::DX ? m_node->currentText() : QString();
     r.comments = m_comment->text();
     r.qrt = m_qrt->isChecked();
     return r.normalized();

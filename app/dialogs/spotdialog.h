@@ -32,7 +32,7 @@ public:
         std::function<bool(const QString &question)> askAgain;
     };
 
-    // nodes: the cluster hosts logged in; callsignSet: whether the operator's
+    // nodes: the cluster nodes logged in ("host:port"); callsignSet: whether the operator's
     // own call sign is known (without it nothing can be posted).
     SpotDialog(const SpotRequest &prefill, const QStringList &nodes, bool callsignSet, Checks checks,
                QWidget *parent = nullptr);

@@ -8,20 +8,29 @@ ClusterPoster::ClusterPoster(const DxClusterPool &pool)
     : m_pool(pool)
 {}
 
-QStringList ClusterPoster::loggedInHosts() const
+namespace {
+
+QString nodeName(const DxClusterFetcher *client)
 {
-    QStringList hosts;
-    for (const DxClusterFetcher *client : m_pool.clients()) {
-        if (client->isConnected())
-            hosts << client->host();
-    }
-    return hosts;
+    return QStringLiteral("%1:%2").arg(client->host()).arg(client->port());
 }
 
-DxClusterFetcher *ClusterPoster::nodeFor(const QString &host) const
+} // namespace
+
+QStringList ClusterPoster::loggedInNodes() const
+{
+    QStringList nodes;
+    for (const DxClusterFetcher *client : m_pool.clients()) {
+        if (client->isConnected())
+            nodes << nodeName(client);
+    }
+    return nodes;
+}
+
+DxClusterFetcher *ClusterPoster::nodeFor(const QString &node) const
 {
     for (DxClusterFetcher *client : m_pool.clients()) {
-        if (client->isConnected() && (host.isEmpty() || client->host() == host))
+        if (client->isConnected() && (node.isEmpty() || nodeName(client) == node))
             return client;
     }
     return nullptr;
@@ -29,7 +38,7 @@ DxClusterFetcher *ClusterPoster::nodeFor(const QString &host) const
 
 QString ClusterPoster::post(const SpotRequest &request) const
 {
-    DxClusterFetcher *node = nodeFor(request.clusterHost);
+    DxClusterFetcher *node = nodeFor(request.clusterNode);
     if (!node || !node->sendLine(request.clusterLine()))
         return QString();
     return node->host();

@@ -16,11 +16,11 @@ class ClusterPoster final
 public:
     explicit ClusterPoster(const DxClusterPool &pool);
 
-    // The hosts of the nodes logged in, in list order.
-    QStringList loggedInHosts() const;
-    // The chosen node when it is logged in; without a choice the first logged
-    // in; null when none qualifies.
-    DxClusterFetcher *nodeFor(const QString &host) const;
+    // The nodes logged in, in list order, each as "host:port".
+    QStringList loggedInNodes() const;
+    // The chosen node ("host:port") when it is logged in; without a choice
+    // the first logged in; null when none qualifies.
+    DxClusterFetcher *nodeFor(const QString &node) const;
     // Writes the request's "DX" line through that node; its host, or empty
     // when no node took the line.
     QString post(const SpotRequest &request) const;

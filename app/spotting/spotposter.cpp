@@ -38,7 +38,7 @@ QString SpotPoster::problem(const SpotRequest &request) const
 {
     const SpotRequest r = request.normalized();
     QString found = r.problem(m_ownCallsign);
-    if (found.isEmpty() && r.target == StationSpot::DX && !m_cluster.nodeFor(r.clusterHost))
+    if (found.isEmpty() && r.target == StationSpot::DX && !m_cluster.nodeFor(r.clusterNode))
         found = QStringLiteral("no cluster node logged in");
     return found;
 }

@@ -46,7 +46,7 @@ public:
     // How long a web service may take to answer.
     void setAnswerTimeoutMs(int ms);
 
-    QStringList loggedInNodes() const { return m_cluster.loggedInHosts(); }
+    QStringList loggedInNodes() const { return m_cluster.loggedInNodes(); }
     // The first check that fails (a cluster spot needs a logged-in node),
     // empty when the request may go.
     QString problem(const SpotRequest &request) const;

@@ -27,8 +27,8 @@ struct SpotRequest
     StationSpot::Source target = StationSpot::DX;
     QString comments;
     bool qrt = false;
-    // The cluster node chosen by host; empty: the first one logged in.
-    QString clusterHost;
+    // The cluster node chosen, as "host:port"; empty: the first one logged in.
+    QString clusterNode;
 
     // The spot's call, reference, programme and mode; the rig's frequency
     // when rigKhz is above 0 (the operator is tuned there), else the spot's.

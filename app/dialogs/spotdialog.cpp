@@ -104,7 +104,8 @@ void SpotDialog::buildFields(const SpotRequest &prefill, const QStringList &node
     m_comment->setMaxLength(200);
     m_qrt->setObjectName(QStringLiteral("spotQrtCheck"));
 
-    auto *form = new QFormLayout;
+    m_form = new QFormLayout;
+    QFormLayout *form = m_form;
     form->addRow(QStringLiteral("Call sign:"), m_callsign);
     form->addRow(QStringLiteral("Frequency:"), m_frequency);
     form->addRow(QStringLiteral("Mode:"), m_mode);
@@ -121,7 +122,8 @@ void SpotDialog::buildFields(const SpotRequest &prefill, const QStringList &node
 void SpotDialog::onTargetChanged()
 {
     const auto target = StationSpot::Source(m_target->currentData().toInt());
-    m_node->setEnabled(target == StationSpot::DX && m_node->count() > 1);
+    m_form->setRowVisible(m_node, target == StationSpot::DX);
+    m_node->setEnabled(m_node->count() > 1);
     // SOTA, WWFF and GMA take spots only from their own accounts.
     const QString needed = SpotRequest::accountNeeded(m_prefill.programme);
     showNote(m_note, needed.isEmpty()

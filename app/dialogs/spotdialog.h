@@ -10,6 +10,7 @@
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -55,6 +56,7 @@ private:
     QComboBox *m_node;
     QLineEdit *m_comment;
     QCheckBox *m_qrt;
+    QFormLayout *m_form = nullptr;
     QLabel *m_note;
     QLabel *m_error;
     QPushButton *m_post;

@@ -19,6 +19,7 @@ class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
 class LwClient;
+class MapDocks;
 class PotaSpotFetcher;
 class QNetworkAccessManager;
 class QThread;
@@ -104,7 +105,7 @@ private slots:
     void onBandFilterChanged() { applyFilter(true); }
     void onStatusFilterChanged(int) { applyFilter(true); }
     void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
-    void onSelectionChanged();
+    void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
@@ -129,6 +130,8 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupStatusBar();
+    // The map and the band map, in docks under the View menu.
+    void setupMapDocks();
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
@@ -151,8 +154,14 @@ private:
     void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // As a click would: the window comes forward and the row is selected.
     void selectSpot(const QString &key);
+    // The operator picked the spot in a view other than the table: selected, and so tuned.
+    void selectSpotByOperator(const QString &key);
+    // Positions are looked up while there is a home to measure from or a map to draw them on.
+    void updateCoordLookups();
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
+    // Ctrl+F and "/": the search field, its text selected.
+    void focusSearch();
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
@@ -191,6 +200,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    QTimer *m_countsTimer = nullptr;
     SpotPoster *m_spotPoster;
 
     AppSettings m_settings;
@@ -203,4 +213,5 @@ private:
     RadioPanel *m_radioPanel = nullptr;
     RadioView *m_radioView = nullptr;
     SourcesView *m_sourcesView = nullptr;
+    MapDocks *m_mapDocks = nullptr;
 };

@@ -44,18 +44,26 @@ void MainWindow::onPreferences()
 
 void MainWindow::onRadioSetup()
 {
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
-                            RadioSetupDialog::detectSerialPorts(), RigSetupCalls::through(*m_rigLink), this);
+    RigSetupCalls calls = RigSetupCalls::through(*m_rigLink);
+    // The dialog's Connect is the operator's: it ends a disconnect's hold.
+    calls.connectRig = [this, connectRig = calls.connectRig](const RigConfig &config) {
+        m_radio->releaseDisconnectHold();
+        return connectRig(config);
+    };
+    RadioSetupDialog dialog(m_settings.rig, m_rigLink->rigModelsAndWait(),
+                            RadioSetupDialog::detectSerialPorts(), calls, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.rig = dialog.rigConfig();
     m_radio->setRigConfig(m_settings.rig);
+    m_radio->releaseDisconnectHold();
     saveJsonSettings();
 }
 
 void MainWindow::onDxClusterSetup()
 {
     DxClustersDialog dialog(m_settings.dxClusters, this);
+    dialog.followClients(m_dxClusters);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.dxClusters = dialog.clusters();

@@ -1,5 +1,6 @@
 #include "app/serviceurls.h"
 
+#include "app/coordinatecache.h"
 #include "sources/websource.h"
 
 namespace {
@@ -29,12 +30,21 @@ ServiceUrls ServiceUrls::defaults()
                        defaultUrl(StationSpot::WWFF),
                        wwbota,
                        defaultUrl(StationSpot::GMA),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl)),
                        withPath(pota, k_potaPostPath),
                        withPath(wwbota, k_wwbotaPostPath)};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{
-        base, base, base, base, base, withPath(base, k_potaPostPath), withPath(base, k_wwbotaPostPath)};
+    return ServiceUrls{base,
+                       base,
+                       base,
+                       base,
+                       base,
+                       base,
+                       base,
+                       withPath(base, k_potaPostPath),
+                       withPath(base, k_wwbotaPostPath)};
 }

@@ -12,6 +12,9 @@ struct ServiceUrls
     QUrl wwff;
     QUrl wwbota;
     QUrl gma;
+    // The programmes' position services for parks and summits.
+    QUrl parkPositions;
+    QUrl summitPositions;
     // Whole addresses (path included) that take a spot by JSON POST.
     QUrl potaSpotPost;
     QUrl wwbotaSpotPost;

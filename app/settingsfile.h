@@ -66,6 +66,8 @@ struct AppSettings
     QString spotComment;
     // The operator's own logbooks, exported as ADIF, read for "worked before".
     QStringList workedAdifFiles;
+    // The IARU region of the band map's plan, 1 to 3; 0 takes the own call's continent.
+    int bandPlanRegion = 0;
 
     // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
     QByteArray windowGeometry;

@@ -34,7 +34,7 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "wsHost":"0.0.0.0","lwEnabled":true,"lwHost":"192.168.1.5","lwPort":5000,"autoAtu":true,
     "alertsEnabled":false,"alertSound":false,"alertNeededOnly":true,"hideWorked":true,
     "confirmLog":true,"spotComment":"tnx QSO 73","workedAdifFiles":["/home/op/logbook.adi","/media/Łog 2.adif"],
-    "windowGeometry":"AdkAAP4=","windowState":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA/4A=",
+    "bandPlanRegion":1,"windowGeometry":"AdkAAP4=","windowState":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA/4A=",
     "splitterState":"c3BsaXR0ZXIKDQk="})";
 
 QJsonObject parse(const QByteArray &json)
@@ -123,13 +123,13 @@ private slots:
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<QByteArray>("expected");
         addRow("below range", R"({"refreshIntervalSecs":10,"maxAgeMins":0,"wsPort":80,"lwPort":-5,
-            "statusFilter":-1,"sortColumn":-3,"sortOrder":-4})",
+            "statusFilter":-1,"sortColumn":-3,"sortOrder":-4,"bandPlanRegion":-2})",
                R"({"refreshIntervalSecs":60,"maxAgeMins":1,"wsPort":1024,
-            "lwPort":1024,"statusFilter":0,"sortColumn":0,"sortOrder":0})");
+            "lwPort":1024,"statusFilter":0,"sortColumn":0,"sortOrder":0,"bandPlanRegion":0})");
         addRow("above range", R"({"refreshIntervalSecs":99999,"maxAgeMins":1000,"wsPort":70000,"lwPort":1e300,
-            "statusFilter":9,"sortColumn":12,"sortOrder":0.5})",
+            "statusFilter":9,"sortColumn":12,"sortOrder":0.5,"bandPlanRegion":7})",
                R"({"refreshIntervalSecs":3600,"maxAgeMins":720,
-            "wsPort":65535,"lwPort":65535,"statusFilter":4,"sortColumn":9,"sortOrder":1})");
+            "wsPort":65535,"lwPort":65535,"statusFilter":4,"sortColumn":9,"sortOrder":1,"bandPlanRegion":3})");
         addRow("not numbers or fractional",
                R"({"refreshIntervalSecs":"90","maxAgeMins":45.9,"wsPort":[3000],"lwPort":{},
             "statusFilter":true,"sortColumn":"1","sortOrder":"0"})",

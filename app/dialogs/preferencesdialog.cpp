@@ -36,9 +36,24 @@ QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const
     auto *edit = new QPlainTextEdit(parent);
     edit->setObjectName(objectName);
     edit->setFixedHeight(80);
+    // Call signs never hold a tab; Tab leaves the box like in every other field.
+    edit->setTabChangesFocus(true);
     edit->setPlaceholderText(placeholder);
     edit->setPlainText(entries.join(QLatin1Char('\n')));
     return edit;
+}
+
+QComboBox *regionCombo(QWidget *parent, int region)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QStringLiteral("bandPlanRegionCombo"));
+    combo->addItem(QStringLiteral("From my callsign"), 0);
+    combo->addItem(QStringLiteral("IARU Region 1 (Europe, Africa)"), 1);
+    combo->addItem(QStringLiteral("IARU Region 2 (the Americas)"), 2);
+    combo->addItem(QStringLiteral("IARU Region 3 (Asia, Pacific)"), 3);
+    combo->setCurrentIndex(qBound(0, region, 3));
+    combo->setToolTip(QStringLiteral("Where the band map shades CW, digital and phone"));
+    return combo;
 }
 
 } // namespace
@@ -61,6 +76,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertsEnabled = settings.alertsEnabled;
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
+    p.bandPlanRegion = settings.bandPlanRegion;
     p.spotComment = settings.spotComment;
     return p;
 }
@@ -82,6 +98,7 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertsEnabled = alertsEnabled;
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
+    settings.bandPlanRegion = bandPlanRegion;
     settings.spotComment = spotComment;
 }
 
@@ -98,6 +115,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
                                    QStringLiteral("Your latitude in decimal degrees (positive = North)")))
     , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
                                     QStringLiteral("Your longitude in decimal degrees (positive = East)")))
+    , m_bandPlanRegion(regionCombo(this, values.bandPlanRegion))
 {
     setWindowTitle(QStringLiteral("Preferences"));
     setMinimumWidth(360);
@@ -130,6 +148,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("My Location:"), m_hasLocation);
     form->addRow(QStringLiteral("Latitude:"), m_latitude);
     form->addRow(QStringLiteral("Longitude:"), m_longitude);
+    form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
@@ -229,6 +248,7 @@ Preferences PreferencesDialog::preferences() const
     p.alertsEnabled = m_alertsEnabled->isChecked();
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
+    p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     p.spotComment = m_spotComment->text().trimmed();
     return p;
 }

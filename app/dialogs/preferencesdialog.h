@@ -30,6 +30,7 @@ struct Preferences
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    int bandPlanRegion = 0; // 0: from the call sign
     QString spotComment;
 
     static Preferences fromSettings(const AppSettings &settings);
@@ -75,4 +76,5 @@ private:
     QCheckBox *m_alertsEnabled = nullptr;
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
+    QComboBox *m_bandPlanRegion;
 };

@@ -4,6 +4,7 @@ class DetailPanel;
 class FilterBar;
 class QAction;
 class QMainWindow;
+class QMenu;
 class QSplitter;
 class SpotFilterProxyModel;
 class SpotTable;
@@ -31,10 +32,12 @@ public:
     QAction *preferences = nullptr;
     QAction *radioSetup = nullptr;
     QAction *disconnectRadio = nullptr;
+    QAction *connectRadio = nullptr;
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
     QAction *spotStation = nullptr;
     QAction *about = nullptr;
+    QMenu *viewMenu = nullptr;
     QAction *toolBarRefreshAll = nullptr;
 
     FilterBar *filterBar = nullptr;

@@ -421,7 +421,7 @@ private slots:
         m_server->setRoute("/spot", "{}");
         MainWindow w(services());
         QTRY_COMPARE_WITH_TIMEOUT(table(w)->model()->rowCount(), 1, 5000);
-        table(w)->selectRow(0);
+        QTest::keyClick(&w, Qt::Key_J); // the operator selects the row
         QString shown;
         QTimer::singleShot(0, &w, [&shown] {
             auto *dialog = qobject_cast<SpotDialog *>(QApplication::activeModalWidget());
@@ -429,6 +429,8 @@ private slots:
                 return;
             shown = dialog->findChild<QLineEdit *>(QStringLiteral("spotCommentEdit"))->text();
             QTest::keyClick(dialog, Qt::Key_Return);
+            if (dialog->isVisible())
+                dialog->reject(); // refused: the test fails rather than waits
         });
         QTest::keyClick(&w, Qt::Key_S);
         QCOMPARE(shown, QStringLiteral("tnx QSO"));

@@ -8,6 +8,7 @@
 #include "app/spotting/spotposter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/spottable.h"
+#include "model/stationmodel.h"
 #include "radio/radiorouter.h"
 
 #include <QPushButton>
@@ -21,7 +22,10 @@ constexpr int k_spotNoticeMs = 6000;
 
 void MainWindow::wireSpotting()
 {
-    connect(m_spotPoster, &SpotPoster::ownSpotsPosted, m_ingestor, &SpotIngestor::addOwnSpots);
+    connect(m_spotPoster, &SpotPoster::ownSpotsPosted, this, [this](QList<StationSpot> spots) {
+        SpotPoster::describeFromTable(spots, m_model->spots());
+        m_ingestor->addOwnSpots(spots);
+    });
     connect(m_ui.detailPanel->spotButton(), &QPushButton::clicked, this, [this] { onSpotStation(true); });
     connect(m_ui.table, &SpotTable::respotRequested, this, [this] { onSpotStation(true); });
     connect(m_ui.spotStation, &QAction::triggered, this, [this] { onSpotStation(false); });

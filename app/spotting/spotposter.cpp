@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QNetworkAccessManager>
 
+#include <algorithm>
 #include <utility>
 
 SpotPoster::SpotPoster(const ServiceUrls &services, const DxClusterPool &clusters, QObject *parent)
@@ -112,6 +113,24 @@ QList<StationSpot> SpotPoster::ownSpots(const SpotRequest &request) const
         spots << spot;
     }
     return spots;
+}
+
+void SpotPoster::describeFromTable(QList<StationSpot> &own, const QList<StationSpot> &table)
+{
+    for (StationSpot &spot : own) {
+        const auto row = std::find_if(table.cbegin(), table.cend(), [&spot](const StationSpot &s) {
+            return s.source == spot.source && s.reference == spot.reference;
+        });
+        if (row == table.cend())
+            continue;
+        if (spot.referenceName.isEmpty())
+            spot.referenceName = row->referenceName;
+        spot.grid = row->grid;
+        spot.locationDesc = row->locationDesc;
+        spot.hasLocation = row->hasLocation;
+        spot.lat = row->lat;
+        spot.lon = row->lon;
+    }
 }
 
 QString SpotPoster::outcomeText(const QString &callsign, const Outcome &outcome)

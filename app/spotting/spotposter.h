@@ -55,6 +55,10 @@ public:
     // Checks, and unless forced the repeat rule, then posts.
     void post(const SpotRequest &request, bool force, Done done);
 
+    // Own spots take the name, locator and position of a table row of the same
+    // programme and reference, which a posted spot does not carry.
+    static void describeFromTable(QList<StationSpot> &own, const QList<StationSpot> &table);
+
     // The status-bar line for an outcome of a spot of that call sign.
     static QString outcomeText(const QString &callsign, const Outcome &outcome);
 

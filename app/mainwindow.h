@@ -30,11 +30,13 @@ class RadioView;
 class SotaSpotFetcher;
 class SourceHealth;
 class SourcesView;
+class SpotFetcher;
 class SpotFilterProxyModel;
 class SpotIngestor;
 class SpotPoster;
 class StationModel;
 class UpdateChecker;
+class WorkedImportLoader;
 class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
@@ -109,11 +111,13 @@ private slots:
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
-    void onAddToLog();
+    void onAddToLog() { logSelected(m_settings.confirmLog); }
     // The spot dialog, prefilled from the selection when asked to and there is one.
     void onSpotStation(bool fromSelection);
     void exportSotaLog();
     void exportPotaLog();
+    void exportAllContacts();
+    void importWorkedLogbook();
     void onPreferences();
     void onRadioSetup();
     void onDxClusterSetup();
@@ -169,6 +173,13 @@ private:
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);
+    // Logs the selection, after the operator confirms it in the log dialog when asked to.
+    void logSelected(bool confirm);
+    // The operator's changes to the selection's records; nothing when they cancel.
+    std::optional<QList<RecordEdit>> confirmLogEdits(const QString &key);
+    // The imported logbook: read at start and after an import, on a worker thread.
+    void wireWorkedImport();
+    void readWorkedLogbook();
     void exportLog(const ExportFormat &format);
     // False when no radio path is up, the frequency is unknown or the program asked.
     bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
@@ -183,6 +194,8 @@ private:
     WwbotaSpotFetcher *m_wwbotaFetcher;
     BotaSpotFetcher *m_botaFetcher;
     GmaSpotFetcher *m_gmaFetcher;
+    SpotFetcher *m_zlotaFetcher;
+    SpotFetcher *m_siotaFetcher; // ParksnPeaks' silos
     DxClusterPool m_dxClusters;
     HamlibController *m_rig;
     QThread *m_rigThread = nullptr;
@@ -200,6 +213,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    WorkedImportLoader *m_workedImport = nullptr;
     QTimer *m_countsTimer = nullptr;
     SpotPoster *m_spotPoster;
 

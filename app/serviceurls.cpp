@@ -32,6 +32,8 @@ ServiceUrls ServiceUrls::defaults()
                        defaultUrl(StationSpot::GMA),
                        QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
                        QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl)),
+                       defaultUrl(StationSpot::ZLOTA),
+                       defaultUrl(StationSpot::SIOTA),
                        withPath(pota, k_potaPostPath),
                        withPath(wwbota, k_wwbotaPostPath)};
 }
@@ -39,6 +41,8 @@ ServiceUrls ServiceUrls::defaults()
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
     return ServiceUrls{base,
+                       base,
+                       base,
                        base,
                        base,
                        base,

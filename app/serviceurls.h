@@ -15,6 +15,8 @@ struct ServiceUrls
     // The programmes' position services for parks and summits.
     QUrl parkPositions;
     QUrl summitPositions;
+    QUrl zlota;
+    QUrl parksnpeaks;
     // Whole addresses (path included) that take a spot by JSON POST.
     QUrl potaSpotPost;
     QUrl wwbotaSpotPost;

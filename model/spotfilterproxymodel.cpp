@@ -3,6 +3,9 @@
 #include "model/stationmodel.h"
 
 #include <QTimer>
+
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -30,11 +33,19 @@ SpotFilterProxyModel::SpotFilterProxyModel(QObject *parent)
 
 SpotFilterProxyModel::~SpotFilterProxyModel() = default;
 
+void SpotFilterProxyModel::setSourceFilter(const SourceFlags &enabled)
+{
+    m_sourceEnabled = enabled;
+    invalidateFilter();
+}
+
 void SpotFilterProxyModel::setSourceFilter(bool sota, bool pota, bool wwff, bool wwbota, bool bota, bool dx,
                                            bool gma)
 {
-    m_sourceEnabled = {{sota, pota, wwff, wwbota, bota, dx, gma}};
-    invalidateFilter();
+    SourceFlags enabled = m_sourceEnabled;
+    const bool named[] = {sota, pota, wwff, wwbota, bota, dx, gma};
+    std::copy(std::begin(named), std::end(named), enabled.begin());
+    setSourceFilter(enabled);
 }
 
 void SpotFilterProxyModel::setStatusFilter(int status)

@@ -154,9 +154,9 @@ void StationModel::merge(const QList<StationSpot> &batch, MergeKind kind)
 
 void StationModel::MergePass::readBatch()
 {
-    // A DX batch is one line of a stream, never a source's whole picture.
+    // A stream's batch is a few of its lines, never the source's whole picture.
     for (const StationSpot &spot : m_batch) {
-        if (!m_addOnly && spot.source != StationSpot::DX && !isReplaced(spot.source))
+        if (!m_addOnly && !StationSpot::isStreamSource(spot.source) && !isReplaced(spot.source))
             m_replacedSources.push_back(spot.source);
     }
     m_incoming.reserve(size_t(m_batch.size()));

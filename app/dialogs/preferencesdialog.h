@@ -30,6 +30,7 @@ struct Preferences
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
     QString spotComment;
 
@@ -76,5 +77,6 @@ private:
     QCheckBox *m_alertsEnabled = nullptr;
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
+    QCheckBox *m_confirmLog;
     QComboBox *m_bandPlanRegion;
 };

@@ -73,6 +73,10 @@ QString SpotRequest::accountNeeded(StationSpot::Source programme)
         return QStringLiteral("an application key");
     case StationSpot::GMA:
         return QStringLiteral("a cqGMA login");
+    case StationSpot::ZLOTA:
+        return QStringLiteral("an ontheair.nz user id and API key");
+    case StationSpot::SIOTA:
+        return QStringLiteral("a ParksnPeaks user id and API key");
     default:
         return QString();
     }

@@ -40,7 +40,8 @@ struct SpotRequest
     // Whether Tallis can post there: POTA, WWBOTA and the clusters.
     static bool isTarget(StationSpot::Source target);
     // Whether posting to the programme's own service needs an account or a
-    // key Tallis cannot hold (SOTA, WWFF, GMA): the text says what it needs.
+    // key Tallis cannot hold (SOTA, WWFF, GMA, ZLOTA, ParksnPeaks): the text
+    // says what it needs.
     static QString accountNeeded(StationSpot::Source programme);
 
     static bool isValidCallsign(const QString &callsign);

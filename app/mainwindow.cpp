@@ -12,6 +12,7 @@
 #include "app/logexport.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
+#include "app/spotting/spotposter.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
 #include "app/widgets/alertcenter.h"
@@ -84,6 +85,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
     , m_snapshotTimer(new QTimer(this))
+    , m_spotPoster(new SpotPoster(services, m_dxClusters, this))
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
@@ -106,6 +108,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 
     wireSources();
     wireRig();
+    wireSpotting();
 
     // Sources the user switched off stay quiet until ticked again.
     m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
@@ -269,6 +272,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::Spot:
+        return onSpotStation(true);
     case OperatorAction::LogWithDialog:
         return logSelected(true);
     case OperatorAction::NextSpot:
@@ -429,6 +434,7 @@ void MainWindow::applyPreferences()
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
     m_ui.detailPanel->showWelcome(s.callsign.isEmpty());
+    m_spotPoster->setOwnCallsign(s.callsign);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     m_alerts->applySettings(s);

@@ -63,6 +63,8 @@ struct AppSettings
     bool alertNeededOnly = false;
     // Logging asks first: the records, their reports and comments, in a dialog.
     bool confirmLog = false;
+    // The comment every spot the operator posts starts from.
+    QString spotComment;
     // The operator's own logbooks, exported as ADIF, read for "worked before".
     QStringList workedAdifFiles;
     // The IARU region of the band map's plan, 1 to 3; 0 takes the own call's continent.

@@ -32,6 +32,7 @@ struct Preferences
     bool alertNeededOnly = false;
     bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
+    QString spotComment;
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -62,6 +63,7 @@ private:
 
     QLineEdit *m_callsign;
     QLineEdit *m_sotaRef;
+    QLineEdit *m_spotComment;
     QSpinBox *m_maxAge;
     QSpinBox *m_refreshInterval;
     QCheckBox *m_hasLocation;

@@ -25,6 +25,8 @@ public:
     {
         QByteArray path;
         QHash<QByteArray, QByteArray> headers; // names lower-cased
+        QByteArray method;
+        QByteArray body; // as long as Content-Length says
     };
 
     explicit HttpTestServer(QObject *parent = nullptr);

@@ -93,7 +93,8 @@ void DxClusterFetcher::setCallsign(const QString &call)
 
 bool DxClusterFetcher::sendLine(const QString &line)
 {
-    if (m_state != LoggedIn)
+    // The skimmer feed takes no commands and no spots.
+    if (m_state != LoggedIn || m_skimmerFeed)
         return false;
     QString clean;
     clean.reserve(line.size());

@@ -74,7 +74,7 @@ public:
     bool isConnected() const { return m_state == LoggedIn; }
     // Writes one line to a logged-in node, its control characters (line
     // ends among them) removed, so the text can never become two commands.
-    // False, and nothing written, in any other state.
+    // False, and nothing written, in any other state and on a skimmer feed.
     bool sendLine(const QString &line);
     State state() const { return m_state; }
     void setClock(Clock clock);

@@ -182,6 +182,7 @@ private slots:
         QTRY_COMPARE(reports.size(), 1);
         QCOMPARE(reports.first().at(0).value<SkimmerReport>().callsign, QStringLiteral("JA1XYZ"));
         QVERIFY(dx.isEmpty());
+        QVERIFY(!rbn.feeds()[0]->sendLine(QStringLiteral("DX 14025.0 CS3B tnx")));
         QCOMPARE(cw.receivedCount("SET/DX") + digital.receivedCount("SET/DX"), 0);
 
         rbn.setCallsign(QString()); // the call removed: off, with the reason

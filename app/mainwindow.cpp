@@ -143,18 +143,6 @@ MainWindow::~MainWindow()
     m_rig = nullptr;
 }
 
-void MainWindow::loadSpotSnapshot()
-{
-    const QList<StationSpot> seen = m_desk.restoreSnapshot(QDateTime::currentMSecsSinceEpoch());
-    if (!seen.isEmpty())
-        updateSpotCounts();
-    m_alerts->seed(seen);
-    // Kept fresh so that a crash loses at most two minutes of the table.
-    m_snapshotTimer->setObjectName(QStringLiteral("spotSnapshotTimer"));
-    connect(m_snapshotTimer, &QTimer::timeout, this, &MainWindow::saveSpotSnapshot);
-    m_snapshotTimer->start(120000);
-}
-
 void MainWindow::setupUi()
 {
     setWindowTitle(QStringLiteral("Tallis — built by the Brightwater hams"));
@@ -286,43 +274,6 @@ void MainWindow::runOperatorAction(OperatorAction action)
     }
 }
 
-void MainWindow::wireSources()
-{
-    const QList<std::pair<StationSpot::Source, SpotFetcher *>> sources{
-        {StationSpot::POTA, m_potaFetcher},   {StationSpot::SOTA, m_sotaFetcher},
-        {StationSpot::WWFF, m_wwffFetcher},   {StationSpot::WWBOTA, m_wwbotaFetcher},
-        {StationSpot::BOTA, m_botaFetcher},   {StationSpot::GMA, m_gmaFetcher},
-        {StationSpot::ZLOTA, m_zlotaFetcher}, {StationSpot::SIOTA, m_siotaFetcher}};
-    for (const auto &[source, fetcher] : sources) {
-        connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
-        connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
-        connect(fetcher, &SpotFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
-        m_sourcesView->watch(source, fetcher);
-    }
-    // Refresh order: SOTA first.
-    for (const auto &[source, fetcher] :
-         {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5], sources[6], sources[7]})
-        m_ingestor->addWebSource(source, fetcher);
-    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
-        // Without a row (a lost selection still being handled) the last row stands.
-        if (const int row = m_ui.table->selectedRow(); row >= 0)
-            m_selection.rememberRow(row);
-    });
-    connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
-}
-
-void MainWindow::afterMerge(const QList<StationSpot> &batch)
-{
-    applyPersistedStatuses();
-    queueCoordLookups(batch);
-    updateSpotCounts();
-    m_wsServer->pushSpotsUpdated();
-    // The same spot again, wherever it went; never another in its place.
-    const int row = m_selection.rowToRestore(*m_proxy, *m_model);
-    if (row >= 0)
-        m_ui.table->selectViewRow(row);
-}
-
 void MainWindow::applyFilter(bool save)
 {
     const bool hideWorked = m_settings.filter.hideWorked;
@@ -346,37 +297,6 @@ void MainWindow::onSourceFilterChanged()
     m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
     applyRbnChoice();
     applyFilter(true);
-}
-
-void MainWindow::wireRbn()
-{
-    m_rbn->setHost(m_settings.rbnHost);
-    m_rbn->setCallsign(m_settings.callsign);
-    connect(m_rbn, &RbnClient::skimmerReportReady, m_skimmerFeed, &SkimmerFeed::add);
-    connect(m_rbn, &RbnClient::fetchError, this, &MainWindow::onFetchError);
-    connect(m_rbn, &RbnClient::statusMessage, this,
-            [this](const QString &text) { statusBar()->showMessage(text, 8000); });
-    connect(m_skimmerFeed, &SkimmerFeed::spotsReady, this, &MainWindow::onSpotsReady);
-    applyRbnChoice();
-}
-
-void MainWindow::applyRbnChoice()
-{
-    const bool on = m_settings.filter.isSourceEnabled(StationSpot::RBN);
-    m_skimmerFeed->setEnabled(on);
-    on ? void(m_rbn->start()) : m_rbn->stop();
-}
-
-void MainWindow::createDxFetchers()
-{
-    m_dxClusters.rebuild(m_settings.dxClusters, m_settings.callsign, [this](DxClusterFetcher *dx) {
-        connect(dx, &DxClusterFetcher::spotsReady, this, &MainWindow::onSpotsReady);
-        connect(dx, &DxClusterFetcher::skimmerReportReady, m_skimmerFeed, &SkimmerFeed::add);
-        connect(dx, &DxClusterFetcher::fetchError, this, &MainWindow::onFetchError);
-        connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
-        connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
-    });
-    m_sourceHealth->watchClusters(m_dxClusters.clients());
 }
 
 void MainWindow::onSelectionChanged(bool byOperator)
@@ -452,11 +372,6 @@ bool MainWindow::isLwBridgeActive() const
     return m_radio->isBridgeActive();
 }
 
-void MainWindow::onRefreshAll()
-{
-    m_ingestor->refreshAll(m_settings.filter);
-}
-
 void MainWindow::saveJsonSettings()
 {
     if (m_loadingSettings)
@@ -472,29 +387,6 @@ void MainWindow::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
-void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
-{
-    m_alerts->processBatch(spots);
-    m_ingestor->receive(spots);
-}
-
-void MainWindow::onFetchError(const QString &error)
-{
-    m_ingestor->noteFetchError();
-    m_sourcesView->fetchFailed(error);
-}
-
-void MainWindow::onFetchStarted()
-{
-    m_ingestor->noteFetchStarted();
-    m_sourcesView->fetchStarted(sender());
-}
-
-void MainWindow::onDxConnectionChanged(bool connected)
-{
-    m_sourcesView->dxConnectionChanged(connected, sender());
-}
-
 void MainWindow::onUpdateAvailable(const QString &)
 {
     m_ui.updateBar->show();
@@ -506,12 +398,6 @@ void MainWindow::setupToolBar()
     connect(m_ui.toolBarRefreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
 }
 
-void MainWindow::loadCoordCache()
-{
-    connect(m_coords, &CoordinateCache::referenceLocated, m_model, &StationModel::setReferenceLocation);
-    m_coords->load();
-}
-
 void MainWindow::applySettingsToWidgets()
 {
     m_ui.filterBar->setState(m_settings.filter);
@@ -519,11 +405,6 @@ void MainWindow::applySettingsToWidgets()
     updateSpotCounts();
     WindowLayout::restore(*this, *m_ui.table, *m_ui.splitter, m_settings);
     m_ui.filterBar->autoAtuCheck()->setChecked(m_settings.autoAtu);
-}
-
-void MainWindow::saveSpotSnapshot() const
-{
-    m_desk.saveSnapshot(QDateTime::currentMSecsSinceEpoch());
 }
 
 void MainWindow::selectSpot(const QString &key)
@@ -534,11 +415,6 @@ void MainWindow::selectSpot(const QString &key)
     const int row = SelectionKeeper::proxyRowForKey(*m_proxy, *m_model, key);
     if (row >= 0)
         m_ui.table->selectViewRow(row);
-}
-
-void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
-{
-    m_coords->queueLookups(batch);
 }
 
 void MainWindow::focusSearch()

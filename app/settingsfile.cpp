@@ -257,6 +257,7 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     filter.hideWorked = json.value(key("hideWorked")).toBool(d.filter.hideWorked);
     s.confirmLog = json.value(key("confirmLog")).toBool(d.confirmLog);
     s.workedAdifFiles = stringList(json.value(key("workedAdifFiles")));
+    s.logTargets = LogTarget::listFromJson(json.value(key("logTargets")));
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
     s.windowState = blobValue(json.value(key("windowState")));
@@ -299,6 +300,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("hideWorked"), s.filter.hideWorked},
         {key("confirmLog"), s.confirmLog},
         {key("workedAdifFiles"), toJsonArray(s.workedAdifFiles)},
+        {key("logTargets"), LogTarget::listToJson(s.logTargets)},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},
         {key("splitterState"), blobText(s.splitterState)},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/logbook/logtarget.h"
 #include "model/filterstate.h"
 #include "model/stationmodel.h"
 #include "radio/rigtypes.h"
@@ -64,6 +65,8 @@ struct AppSettings
     bool confirmLog = false;
     // The operator's own logbooks, exported as ADIF, read for "worked before".
     QStringList workedAdifFiles;
+    // Where each logged contact is sent: UDP listeners and online logbooks, with their keys.
+    QList<LogTarget> logTargets;
 
     // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
     QByteArray windowGeometry;

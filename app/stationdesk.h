@@ -11,6 +11,9 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+#include <utility>
+
 class SpotFilterProxyModel;
 class StationModel;
 
@@ -53,6 +56,10 @@ public:
 
     QList<ContactRow> exportRows(StationSpot::Source source) const;
 
+    // Called with the records of every contact logged, however it was logged.
+    using LoggedHandler = std::function<void(const QList<ContactRecord> &)>;
+    void setLoggedHandler(LoggedHandler handler) { m_loggedHandler = std::move(handler); }
+
 private:
     void noteLogged(const QList<ContactRecord> &records);
 
@@ -63,4 +70,5 @@ private:
     WorkedIndex m_worked;
     SpotSnapshot m_snapshot;
     bool m_hideWorked = false;
+    LoggedHandler m_loggedHandler;
 };

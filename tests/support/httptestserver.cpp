@@ -46,6 +46,7 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
     Request request;
     const QList<QByteArray> lines = buffer.left(headerEnd).split('\n');
     const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
+    request.method = first.value(0);
     request.path = first.value(1);
     for (int i = 1; i < lines.size(); ++i) {
         const int colon = int(lines[i].indexOf(':'));
@@ -53,7 +54,12 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
             request.headers.insert(lines[i].left(colon).trimmed().toLower(),
                                    lines[i].mid(colon + 1).trimmed());
     }
-    buffer.clear(); // GET only: no body follows
+    // A POST is answered once its whole body is in.
+    const qsizetype length = request.headers.value("content-length").toLongLong();
+    if (buffer.size() - headerEnd - 4 < length)
+        return;
+    request.body = buffer.mid(headerEnd + 4, length);
+    buffer.clear();
 
     m_requests.append(request);
     emit requestReceived(request.path);

@@ -23,7 +23,9 @@ class HttpTestServer final : public QObject
 public:
     struct Request
     {
+        QByteArray method;
         QByteArray path;
+        QByteArray body;
         QHash<QByteArray, QByteArray> headers; // names lower-cased
     };
 

@@ -8,6 +8,7 @@
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/logbook/logbookforwarder.h"
 #include "app/logexport.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
@@ -75,6 +76,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
     , m_snapshotTimer(new QTimer(this))
+    , m_logbook(new LogbookForwarder(LogbookOutbox::defaultFilePath(), this))
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
@@ -82,6 +84,15 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     setupUi();
     setupStatusBar();
     applyStyleSheet();
+
+    // Every contact logged, by key, dialog or API, goes on to the operator's logbooks.
+    connect(m_logbook, &LogbookForwarder::statusChanged, this,
+            [this](const QString &text, const QString &toolTip) { m_labels.showLogbook(text, toolTip); });
+    connect(m_logbook, &LogbookForwarder::notice, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 10000); });
+    m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
+    if (services.qrzLogbook.isValid())
+        m_logbook->setQrzUrl(services.qrzLogbook);
 
     loadContactStatus();
     loadCoordCache();
@@ -363,6 +374,7 @@ void MainWindow::applyPreferences()
         m_model->clearUserLocation();
     m_ui.table->showDistanceColumns(s.hasUserLocation);
     m_coords->setLookupsEnabled(s.hasUserLocation);
+    m_logbook->configure(s.logTargets, AdifStation{s.callsign, s.hasUserLocation, s.latitude, s.longitude});
 }
 
 bool MainWindow::isLwBridgeActive() const

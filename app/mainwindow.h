@@ -18,6 +18,7 @@ class CoordinateCache;
 class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
+class LogbookForwarder;
 class LwClient;
 class PotaSpotFetcher;
 class QNetworkAccessManager;
@@ -186,6 +187,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    LogbookForwarder *m_logbook;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

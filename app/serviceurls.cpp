@@ -1,5 +1,6 @@
 #include "app/serviceurls.h"
 
+#include "app/logbook/qrzsender.h"
 #include "sources/websource.h"
 
 namespace {
@@ -15,10 +16,12 @@ ServiceUrls ServiceUrls::defaults()
 {
     return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
                        defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA)};
+                       defaultUrl(StationSpot::GMA),  QrzSender::defaultApiUrl()};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
-    return ServiceUrls{base, base, base, base, base};
+    QUrl qrz = base;
+    qrz.setPath(QStringLiteral("/api"));
+    return ServiceUrls{base, base, base, base, base, qrz};
 }

@@ -11,8 +11,9 @@ struct ServiceUrls
     QUrl wwff;
     QUrl wwbota;
     QUrl gma;
+    QUrl qrzLogbook; // the QRZ Logbook API, whole address
 
     static ServiceUrls defaults();
-    // Every service on one base URL (scheme, host and port).
+    // Every service on one base URL (scheme, host and port); QRZ's API at its path "/api".
     static ServiceUrls allAt(const QUrl &base);
 };

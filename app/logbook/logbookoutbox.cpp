@@ -18,6 +18,13 @@ QString key(const char *name)
     return QString::fromLatin1(name);
 }
 
+// Ids are UUIDs; anything but short plain ASCII was not written here.
+bool isId(const QString &id)
+{
+    return !id.isEmpty() && id.size() <= 64 &&
+           std::all_of(id.cbegin(), id.cend(), [](QChar c) { return c.unicode() > 0x20 && c.unicode() < 0x7f; });
+}
+
 QByteArray lineOf(const QJsonObject &json)
 {
     return QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
@@ -44,7 +51,7 @@ std::optional<OutboxEntry> OutboxEntry::fromJson(const QJsonObject &json)
     OutboxEntry entry;
     entry.id = json.value(key("id")).toString();
     entry.record = json.value(key("record")).toString();
-    if (entry.id.isEmpty() || entry.record.isEmpty() || !type || !index.isDouble())
+    if (!isId(entry.id) || entry.record.isEmpty() || !type || !index.isDouble())
         return std::nullopt;
     const double at = index.toDouble();
     if (!(at >= 0.0 && at <= 1e6) || at != double(int(at)))
@@ -52,6 +59,8 @@ std::optional<OutboxEntry> OutboxEntry::fromJson(const QJsonObject &json)
     entry.targetIndex = int(at);
     entry.targetType = *type;
     entry.created = QDateTime::fromString(json.value(key("created")).toString(), Qt::ISODateWithMs).toUTC();
+    if (entry.created.isValid() && (entry.created.date().year() < 1 || entry.created.date().year() > 9999))
+        entry.created = QDateTime(); // not a time this program wrote, and not one ISO text can carry
     return entry;
 }
 

@@ -45,6 +45,7 @@
 #include <QLineEdit>
 #include <QNetworkAccessManager>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -85,15 +86,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     setupStatusBar();
     applyStyleSheet();
 
-    // Every contact logged, by key, dialog or API, goes on to the operator's logbooks.
-    connect(m_logbook, &LogbookForwarder::statusChanged, this,
-            [this](const QString &text, const QString &toolTip) { m_labels.showLogbook(text, toolTip); });
-    connect(m_logbook, &LogbookForwarder::notice, this,
-            [this](const QString &text) { statusBar()->showMessage(text, 10000); });
-    m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
-    if (services.qrzLogbook.isValid())
-        m_logbook->setQrzUrl(services.qrzLogbook);
-
+    wireLogbook(services.qrzLogbook);
     loadContactStatus();
     loadCoordCache();
     loadJsonSettings();
@@ -166,13 +159,19 @@ void MainWindow::setupMenuBar()
     connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
     connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
-        m_model->clearSpots();
+        m_model->clearSpots(); // the selection goes with the rows
         updateSpotCounts();
     });
     connect(m_ui.quit, &QAction::triggered, this, &QWidget::close);
     connect(m_ui.preferences, &QAction::triggered, this, &MainWindow::onPreferences);
     connect(m_ui.radioSetup, &QAction::triggered, this, &MainWindow::onRadioSetup);
-    connect(m_ui.disconnectRadio, &QAction::triggered, m_rigLink, &HamlibLink::disconnectRig);
+    connect(m_ui.disconnectRadio, &QAction::triggered, m_radio, &RadioRouter::disconnectRig);
+    connect(m_ui.connectRadio, &QAction::triggered, m_radio, &RadioRouter::connectRig);
+    // Connect is offered while the rig is disconnected.
+    connect(m_radio, &RadioRouter::rigConnected, m_ui.connectRadio,
+            [this] { m_ui.connectRadio->setEnabled(false); });
+    connect(m_radio, &RadioRouter::rigDisconnected, m_ui.connectRadio,
+            [this] { m_ui.connectRadio->setEnabled(true); });
     connect(m_ui.dxClusterSetup, &QAction::triggered, this, &MainWindow::onDxClusterSetup);
     connect(m_ui.lwBridgeSetup, &QAction::triggered, this, &MainWindow::onLwBridgeSetup);
     connect(m_ui.about, &QAction::triggered, this, [this] { WindowDialogs::showAbout(this); });
@@ -189,13 +188,33 @@ void MainWindow::setupCentralWidget()
     connect(bar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
     connect(bar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
     connect(bar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
-    connect(m_ui.table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &MainWindow::onSelectionChanged);
+    // A selection lost to a filter is reported while the proxy is mid-change, and the handler
+    // touches the model: it waits for the change to finish.
+    connect(m_ui.table, &SpotTable::spotSelectionChanged, this,
+            [this](bool byOperator, bool duringModelChange) {
+                if (!duringModelChange)
+                    return onSelectionChanged(byOperator);
+                QMetaObject::invokeMethod(
+                    this, [this] { onSelectionChanged(false); }, Qt::QueuedConnection);
+            });
+    // A reset clears the selection without a word; a lost spot must still clear the panel.
+    connect(
+        m_proxy, &QAbstractItemModel::modelReset, this, [this] { onSelectionChanged(false); },
+        Qt::QueuedConnection);
+    connect(m_ui.table, &SpotTable::searchRequested, this, &MainWindow::focusSearch);
+    new QShortcut(QKeySequence::Find, this, this, &MainWindow::focusSearch);
+    setTabOrder(m_ui.table, m_ui.filterBar->searchEdit());
+    auto *backToTable = new QShortcut(Qt::Key_Escape, m_ui.filterBar->searchEdit());
+    backToTable->setContext(Qt::WidgetShortcut);
+    connect(backToTable, &QShortcut::activated, m_ui.table,
+            [this] { m_ui.table->setFocus(Qt::ShortcutFocusReason); });
     const DetailPanel *panel = m_ui.detailPanel;
     connect(panel->tuneButton(), &QPushButton::clicked, this, &MainWindow::onTuneClicked);
     connect(panel->heardButton(), &QPushButton::clicked, this, &MainWindow::onMarkHeard);
     connect(panel->unheardButton(), &QPushButton::clicked, this, &MainWindow::onMarkUnheard);
     connect(panel->addToLogButton(), &QPushButton::clicked, this, &MainWindow::onAddToLog);
+    connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
+    connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
 }
@@ -203,6 +222,17 @@ void MainWindow::setupCentralWidget()
 void MainWindow::setupStatusBar()
 {
     m_labels.addToStatusBar(statusBar());
+    // Whatever changes what the table shows (marks under a status filter, the minute's
+    // re-filter, Hide worked) recounts, once per turn of the event loop.
+    m_countsTimer = new QTimer(this);
+    m_countsTimer->setSingleShot(true);
+    m_countsTimer->setInterval(0);
+    connect(m_countsTimer, &QTimer::timeout, this, &MainWindow::updateSpotCounts);
+    const auto recount = [this] { m_countsTimer->start(); };
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, m_countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::rowsRemoved, m_countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::modelReset, m_countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::layoutChanged, m_countsTimer, recount);
     m_sourcesView = new SourcesView(m_sourceHealth, m_ingestor, m_dxClusters, m_labels, statusBar(), this);
 }
 
@@ -228,10 +258,11 @@ void MainWindow::runOperatorAction(OperatorAction action)
     case OperatorAction::Log:
         return onAddToLog();
     case OperatorAction::NextSpot:
-        m_ui.table->stepSelection(1);
-        return;
     case OperatorAction::PreviousSpot:
-        m_ui.table->stepSelection(-1);
+        const int row = m_selection.stepTarget(action == OperatorAction::NextSpot ? 1 : -1,
+                                               m_proxy->rowCount(), m_ui.table->selectedRow());
+        if (row >= 0)
+            m_ui.table->selectViewRow(row, true);
         return;
     }
 }
@@ -263,11 +294,10 @@ void MainWindow::afterMerge(const QList<StationSpot> &batch)
     queueCoordLookups(batch);
     updateSpotCounts();
     m_wsServer->pushSpotsUpdated();
+    // The same spot again, wherever it went; never another in its place.
     const int row = m_selection.rowToRestore(*m_proxy, *m_model);
-    if (row < 0)
-        return;
-    const SelectionKeeper::Restoring restoring(m_selection);
-    m_ui.table->selectViewRow(row);
+    if (row >= 0)
+        m_ui.table->selectViewRow(row);
 }
 
 void MainWindow::applyFilter(bool save)
@@ -304,21 +334,24 @@ void MainWindow::createDxFetchers()
     });
 }
 
-void MainWindow::onSelectionChanged()
+void MainWindow::onSelectionChanged(bool byOperator)
 {
+    // Runs queued, never inside a model change: it reads the selection afresh.
     const int row = m_ui.table->selectedRow();
     if (row < 0) {
-        m_selection.setSelectedKey(QString());
+        m_selection.lose();
         m_model->setHighlightGroup(0);
         return m_ui.detailPanel->clear();
     }
     const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
+    m_selection.rememberRow(row);
     m_model->setHighlightGroup(spot.groupId);
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
-    tuneStation(spot.frequencyKhz, spot.mode,
-                m_selection.isRestoring() ? TuneOrigin::Program : TuneOrigin::Operator, m_settings.autoAtu);
+    // Only the operator's own choice moves the radio.
+    tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
+                m_settings.autoAtu);
 }
 
 void MainWindow::onAddToLog()
@@ -330,7 +363,7 @@ void MainWindow::onAddToLog()
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
     statusBar()->showMessage(notice, 6000);
-    onSelectionChanged();
+    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
 }
 
 void MainWindow::startApiServer()
@@ -365,6 +398,7 @@ void MainWindow::applyPreferences()
 {
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
+    m_ui.detailPanel->showWelcome(s.callsign.isEmpty());
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     m_alerts->applySettings(s);
@@ -471,6 +505,13 @@ void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
     m_coords->queueLookups(batch);
 }
 
+void MainWindow::focusSearch()
+{
+    QLineEdit *search = m_ui.filterBar->searchEdit();
+    search->setFocus(Qt::ShortcutFocusReason);
+    search->selectAll();
+}
+
 void MainWindow::updateSpotCounts()
 {
     m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount()));
@@ -485,5 +526,5 @@ void MainWindow::markSelected(StationSpot::Status status)
         return;
     saveJsonSettings();
     m_wsServer->pushSpotStatusChanged(key, status);
-    onSelectionChanged();
+    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
 }

@@ -24,6 +24,7 @@ class PotaSpotFetcher;
 class QNetworkAccessManager;
 class QThread;
 class QTimer;
+class QUrl;
 class RadioPanel;
 class RadioRouter;
 class RadioView;
@@ -103,7 +104,7 @@ private slots:
     void onBandFilterChanged() { applyFilter(true); }
     void onStatusFilterChanged(int) { applyFilter(true); }
     void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
-    void onSelectionChanged();
+    void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
@@ -133,6 +134,8 @@ private:
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
+    // Logged contacts to the operator's logbooks; the forwarder's status to the status bar.
+    void wireLogbook(const QUrl &qrzUrl);
 
     void loadContactStatus() { m_desk.loadStatuses(); }
     void loadCoordCache();
@@ -149,6 +152,8 @@ private:
     void selectSpot(const QString &key);
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
+    // Ctrl+F and "/": the search field, its text selected.
+    void focusSearch();
 
     void createDxFetchers();
     void afterMerge(const QList<StationSpot> &batch);
@@ -188,6 +193,7 @@ private:
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
     LogbookForwarder *m_logbook;
+    QTimer *m_countsTimer = nullptr;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

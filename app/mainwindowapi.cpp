@@ -72,12 +72,14 @@ void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status
 void MainWindow::apiRadioConnect()
 {
     if (!m_rigLink->isConnected())
-        m_rigLink->connectRig(m_settings.rig);
+        m_radio->connectRig();
+    else
+        m_radio->releaseDisconnectHold();
 }
 
 void MainWindow::apiRadioDisconnect()
 {
-    m_rigLink->disconnectRig();
+    m_radio->disconnectRig();
 }
 
 void MainWindow::apiSetRadioFreqKhz(double kHz)

@@ -10,6 +10,7 @@
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/logbook/logbookforwarder.h"
 #include "app/logexport.h"
 #include "app/spotingestor.h"
 #include "app/widgets/filterbar.h"
@@ -44,12 +45,19 @@ void MainWindow::onPreferences()
 
 void MainWindow::onRadioSetup()
 {
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->availableRigsAndWait(),
-                            RadioSetupDialog::detectSerialPorts(), RigSetupCalls::through(*m_rigLink), this);
+    RigSetupCalls calls = RigSetupCalls::through(*m_rigLink);
+    // The dialog's Connect is the operator's: it ends a disconnect's hold.
+    calls.connectRig = [this, connectRig = calls.connectRig](const RigConfig &config) {
+        m_radio->releaseDisconnectHold();
+        return connectRig(config);
+    };
+    RadioSetupDialog dialog(m_settings.rig, m_rigLink->rigModelsAndWait(),
+                            RadioSetupDialog::detectSerialPorts(), calls, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.rig = dialog.rigConfig();
     m_radio->setRigConfig(m_settings.rig);
+    m_radio->releaseDisconnectHold();
     saveJsonSettings();
 }
 
@@ -107,4 +115,16 @@ void MainWindow::exportLog(const ExportFormat &format)
         this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
     if (!notice.isEmpty())
         statusBar()->showMessage(notice, 6000);
+}
+
+void MainWindow::wireLogbook(const QUrl &qrzUrl)
+{
+    // Every contact logged, by key, dialog or API, goes on to the operator's logbooks.
+    connect(m_logbook, &LogbookForwarder::statusChanged, this,
+            [this](const QString &text, const QString &toolTip) { m_labels.showLogbook(text, toolTip); });
+    connect(m_logbook, &LogbookForwarder::notice, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 10000); });
+    m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
+    if (qrzUrl.isValid())
+        m_logbook->setQrzUrl(qrzUrl);
 }

@@ -40,7 +40,7 @@ void MainWindow::wireRadioPanel()
     m_radioPanel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
     m_radioPanel->driveRig(m_rigLink);
     connect(m_radioPanel, &RadioPanel::tuneAtuClicked, this, [this] {
-        m_rigLink->startTune();
+        m_radio->startRigTune();
         statusBar()->showMessage(QStringLiteral("ATU tuning cycle started."), 4000);
     });
     connect(m_radioPanel, &RadioPanel::autoAtuToggled, this, [this](bool on) {

@@ -49,11 +49,23 @@ int SelectionKeeper::modelRowForKey(const StationModel &model, const QString &ke
 
 int SelectionKeeper::rowToRestore(const SpotFilterProxyModel &proxy, const StationModel &model) const
 {
-    if (!hasSelection())
+    return hasSelection() ? proxyRowForKey(proxy, model, m_selectedKey) : -1;
+}
+
+void SelectionKeeper::lose()
+{
+    if (hasSelection())
+        m_lostAtRow = m_previousRow;
+    m_selectedKey.clear();
+}
+
+int SelectionKeeper::stepTarget(int step, int rows, int current) const
+{
+    if (rows <= 0)
         return -1;
-    const int found = proxyRowForKey(proxy, model, m_selectedKey);
-    if (found >= 0)
-        return found;
-    const int rows = proxy.rowCount();
-    return rows > 0 ? qBound(0, m_previousRow, rows - 1) : -1;
+    if (current >= 0)
+        return qBound(0, current + step, rows - 1);
+    if (m_lostAtRow >= 0)
+        return qBound(0, step > 0 ? m_lostAtRow : m_lostAtRow - 1, rows - 1);
+    return step > 0 ? 0 : rows - 1;
 }

@@ -8,9 +8,10 @@
 class SpotFilterProxyModel;
 class StationModel;
 
-// Keeps the table's selection across merges: the selected spot's key, the
-// row it sat on, and whether the program itself is re-selecting (a restored
-// selection is not the user's choice and must not retune the radio).
+// Keeps the table's selection across merges and filter changes: the selected
+// spot's key and the row it last stood on. A spot that leaves the view is
+// not replaced by whatever row slides into its place: the selection is lost,
+// and the row it stood on is where J and K carry on from.
 class SelectionKeeper final
 {
 public:
@@ -19,28 +20,15 @@ public:
     bool hasSelection() const { return !m_selectedKey.isEmpty(); }
 
     void rememberRow(int proxyRow) { m_previousRow = proxyRow; }
-    // The proxy row to select after a merge: the remembered spot wherever it
-    // went, else the old row clamped to the table; -1 for none.
+    // The selected spot left the view: no selection, J and K go on from its row.
+    void lose();
+    // The proxy row showing the remembered spot after a merge, or -1.
     int rowToRestore(const SpotFilterProxyModel &proxy, const StationModel &model) const;
-
-    bool isRestoring() const { return m_restoring; }
-
-    // Marks the span of a restore.
-    class Restoring final
-    {
-    public:
-        explicit Restoring(SelectionKeeper &keeper)
-            : m_keeper(keeper)
-        {
-            m_keeper.m_restoring = true;
-        }
-        ~Restoring() { m_keeper.m_restoring = false; }
-        Restoring(const Restoring &) = delete;
-        Restoring &operator=(const Restoring &) = delete;
-
-    private:
-        SelectionKeeper &m_keeper;
-    };
+    // The row J (step 1) or K (step -1) selects in a view of rows rows whose
+    // selected row is current (-1 for none): the next or previous, clamped;
+    // after a lost selection, the row now where the spot stood or the one
+    // above; otherwise the first or the last. -1 on an empty view.
+    int stepTarget(int step, int rows, int current) const;
 
     // The proxy row showing the spot of that key, or -1.
     static int proxyRowForKey(const SpotFilterProxyModel &proxy, const StationModel &model,
@@ -53,5 +41,5 @@ public:
 private:
     QString m_selectedKey;
     int m_previousRow = -1;
-    bool m_restoring = false;
+    int m_lostAtRow = -1;
 };

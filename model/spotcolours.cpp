@@ -54,7 +54,7 @@ Shade shade(StationSpot::Status status)
 
 QColor status(StationSpot::Status status)
 {
-    // The same values the table's foreground uses.
+    // The table's foreground takes these too.
     switch (status) {
     case StationSpot::Contacted:
         return QColor(74, 139, 74);

@@ -191,5 +191,10 @@ bool SpotFilterProxyModel::lessThan(const QModelIndex &left, const QModelIndex &
         right.column() == StationModel::AgeColumn && left.isValid() && right.isValid()) {
         return model->spotTimeMSecsAt(left.row()) / 1000 < model->spotTimeMSecsAt(right.row()) / 1000;
     }
+    // Cluster spotters type calls in any case; k1abc belongs beside K1ABC.
+    if (left.column() == StationModel::CallsignColumn && right.column() == StationModel::CallsignColumn)
+        return left.data(sortRole())
+                   .toString()
+                   .compare(right.data(sortRole()).toString(), Qt::CaseInsensitive) < 0;
     return QSortFilterProxyModel::lessThan(left, right);
 }

@@ -2,6 +2,8 @@
 // the geometry behind the distance and bearing columns.
 #include "model/stationmodel.h"
 
+#include "model/spotcolours.h"
+
 #include <QColor>
 
 #include <algorithm>
@@ -145,21 +147,13 @@ QVariant StationModel::backgroundData(const StationSpot &spot) const
 
 QVariant StationModel::foregroundData(const StationSpot &spot) const
 {
-    switch (spot.status) {
-    case StationSpot::Contacted:
-        return QColor(74, 139, 74);
-    case StationSpot::NotHeard:
-        return QColor(85, 85, 85);
-    case StationSpot::Heard:
-        return QColor(201, 168, 76);
-    case StationSpot::Unknown:
-        break;
-    }
+    if (spot.status != StationSpot::Unknown)
+        return SpotColours::status(spot.status);
     if (m_watchCallsigns.containsLowered(spot.callsign))
         return QColor(64, 255, 128);
     if (m_watchReferences.containsLowered(spot.reference))
         return QColor(64, 176, 255);
-    return QColor(232, 224, 208);
+    return SpotColours::status(StationSpot::Unknown);
 }
 
 bool StationModel::spotDistance(const StationSpot &spot, double &miles, double &degrees) const

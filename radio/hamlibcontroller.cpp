@@ -86,10 +86,10 @@ QString modeName(rmode_t mode)
 
 int collectRig(const rig_caps *caps, rig_ptr_t data)
 {
-    auto *entries = static_cast<QStringList *>(data);
-    entries->append(QStringLiteral("%1 — %2 %3")
-                        .arg(caps->rig_model)
-                        .arg(QString::fromLatin1(caps->mfg_name), QString::fromLatin1(caps->model_name)));
+    auto *models = static_cast<QList<RigModelInfo> *>(data);
+    models->append({static_cast<int>(caps->rig_model), QString::fromLatin1(caps->mfg_name),
+                    QString::fromLatin1(caps->model_name),
+                    caps->port_type == RIG_PORT_NETWORK || caps->port_type == RIG_PORT_UDP_NETWORK});
     return 1; // keep walking
 }
 
@@ -119,6 +119,32 @@ bool HamlibController::isConnected() const
 bool HamlibController::isReady() const
 {
     return m_rig && m_connected.load();
+}
+
+void HamlibController::setCapabilityMask(quint64 levels, quint64 funcs)
+{
+    m_levelMask = levels;
+    m_funcMask = funcs;
+}
+
+bool HamlibController::canSetLevel(quint64 level) const
+{
+    return (m_levelMask & level) && rig_has_set_level(m_rig, level);
+}
+
+bool HamlibController::canGetLevel(quint64 level) const
+{
+    return (m_levelMask & level) && rig_has_get_level(m_rig, level);
+}
+
+bool HamlibController::canSetFunc(quint64 func) const
+{
+    return (m_funcMask & func) && rig_has_set_func(m_rig, func);
+}
+
+bool HamlibController::canGetFunc(quint64 func) const
+{
+    return (m_funcMask & func) && rig_has_get_func(m_rig, func);
 }
 
 void HamlibController::closeRig()
@@ -290,12 +316,12 @@ void HamlibController::setMute(bool mute)
 {
     if (!isReady())
         return;
-    if (rig_has_set_func(m_rig, RIG_FUNC_MUTE)) {
+    if (canSetFunc(RIG_FUNC_MUTE)) {
         rig_set_func(m_rig, RIG_VFO_CURR, RIG_FUNC_MUTE, mute ? 1 : 0);
         return;
     }
     // No mute function: turn the AF gain down and remember where it was.
-    if (!rig_has_set_level(m_rig, RIG_LEVEL_AF))
+    if (!canSetLevel(RIG_LEVEL_AF))
         return;
     value_t value;
     if (mute) {
@@ -377,12 +403,11 @@ RadioState HamlibController::queryState() const
         return state;
 
     const auto readLevel = [this](setting_t level, value_t &value) {
-        return rig_has_get_level(m_rig, level) && rig_get_level(m_rig, RIG_VFO_CURR, level, &value) == RIG_OK;
+        return canGetLevel(level) && rig_get_level(m_rig, RIG_VFO_CURR, level, &value) == RIG_OK;
     };
     const auto funcOn = [this](setting_t func) {
         int status = 0;
-        return rig_has_get_func(m_rig, func) && rig_get_func(m_rig, RIG_VFO_CURR, func, &status) == RIG_OK &&
-               status != 0;
+        return canGetFunc(func) && rig_get_func(m_rig, RIG_VFO_CURR, func, &status) == RIG_OK && status != 0;
     };
 
     value_t value;
@@ -416,15 +441,15 @@ RadioCaps HamlibController::queryCaps() const
     RadioCaps caps;
     if (!m_rig)
         return caps;
-    caps.hasVolume = rig_has_set_level(m_rig, RIG_LEVEL_AF) != 0;
-    caps.hasRfPower = rig_has_set_level(m_rig, RIG_LEVEL_RFPOWER) != 0;
-    caps.hasMute = caps.hasVolume || rig_has_set_func(m_rig, RIG_FUNC_MUTE) != 0;
+    caps.hasVolume = canSetLevel(RIG_LEVEL_AF);
+    caps.hasRfPower = canSetLevel(RIG_LEVEL_RFPOWER);
+    caps.hasMute = caps.hasVolume || canSetFunc(RIG_FUNC_MUTE);
     caps.hasFilter =
         rig_passband_narrow(m_rig, RIG_MODE_USB) != 0 || rig_passband_wide(m_rig, RIG_MODE_USB) != 0;
-    caps.hasBreakInSemi = rig_has_set_func(m_rig, RIG_FUNC_SBKIN) != 0;
-    caps.hasBreakInFull = rig_has_set_func(m_rig, RIG_FUNC_FBKIN) != 0;
+    caps.hasBreakInSemi = canSetFunc(RIG_FUNC_SBKIN);
+    caps.hasBreakInFull = canSetFunc(RIG_FUNC_FBKIN);
     caps.hasBreakIn = caps.hasBreakInSemi || caps.hasBreakInFull;
-    caps.hasKeySpeed = rig_has_set_level(m_rig, RIG_LEVEL_KEYSPD) != 0;
+    caps.hasKeySpeed = canSetLevel(RIG_LEVEL_KEYSPD);
     caps.hasTune = rig_has_vfo_op(m_rig, RIG_OP_TUNE) != 0;
     return caps;
 }
@@ -432,8 +457,16 @@ RadioCaps HamlibController::queryCaps() const
 QStringList HamlibController::availableRigs() const
 {
     QStringList entries;
-    rig_list_foreach(collectRig, &entries);
+    for (const RigModelInfo &rig : rigModels())
+        entries.append(rig.entry());
     // Ordinal text order on purpose: the set-up dialog lists models this way.
     std::sort(entries.begin(), entries.end());
     return entries;
+}
+
+QList<RigModelInfo> HamlibController::rigModels() const
+{
+    QList<RigModelInfo> models;
+    rig_list_foreach(collectRig, &models);
+    return models;
 }

@@ -2,6 +2,7 @@
 
 #include "radio/rigtypes.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -27,7 +28,14 @@ public:
     QString getMode() const;
     RadioState queryState() const;
     RadioCaps queryCaps() const;
+    // Every model Hamlib knows, as "%1 — %2 %3" entries in ordinal text order.
     QStringList availableRigs() const;
+    // The same models with their parts, in Hamlib's own order.
+    QList<RigModelInfo> rigModels() const;
+
+    // Hamlib level and function bits the controller may use (all by default); those left out count
+    // as missing, as on a rig without them.
+    void setCapabilityMask(quint64 levels, quint64 funcs);
 
 public slots:
     bool connectRig(const RigConfig &config);
@@ -58,9 +66,11 @@ signals:
     void radioStateRead(const RadioState &state);
 
 private:
-    friend class TestHamlibController; // masks rig capabilities to reach fallbacks
-
     bool isReady() const;
+    bool canSetLevel(quint64 level) const;
+    bool canGetLevel(quint64 level) const;
+    bool canSetFunc(quint64 func) const;
+    bool canGetFunc(quint64 func) const;
     void closeRig();
     void leaveConnected();
 
@@ -69,4 +79,6 @@ private:
     int m_pttType = 0;
     int m_pollErrorCount = 0;
     int m_savedVolume = 75;
+    quint64 m_levelMask = ~quint64(0);
+    quint64 m_funcMask = ~quint64(0);
 };

@@ -161,11 +161,11 @@ bool HamlibLink::readFrequencyAndWait(double &kHz, QString &mode)
     return reading.ok;
 }
 
-QStringList HamlibLink::availableRigsAndWait()
+QList<RigModelInfo> HamlibLink::rigModelsAndWait()
 {
-    QStringList rigs;
+    QList<RigModelInfo> rigs;
     HamlibController *rig = m_rig;
     QMetaObject::invokeMethod(
-        rig, [rig] { return rig->availableRigs(); }, waitingConnection(rig), &rigs);
+        rig, [rig] { return rig->rigModels(); }, waitingConnection(rig), &rigs);
     return rigs;
 }

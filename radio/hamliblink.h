@@ -3,9 +3,9 @@
 #include "radio/radiocontrol.h"
 #include "radio/rigtypes.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 class HamlibController;
 class QThread;
@@ -53,7 +53,7 @@ public:
     void disconnectRigAndWait();
     // Reads frequency (kHz) and mode from the rig; false when not connected.
     bool readFrequencyAndWait(double &kHz, QString &mode);
-    QStringList availableRigsAndWait();
+    QList<RigModelInfo> rigModelsAndWait();
 
 signals:
     void connectionChanged(bool connected);

@@ -42,6 +42,14 @@ void RadioRouter::setBridge(LwClient *bridge)
     connect(bridge, &LwClient::radioConnectedChanged, this, &RadioRouter::onLwRadioConnectedChanged);
 }
 
+void RadioRouter::setBridgeEnabled(bool enabled)
+{
+    if (enabled == m_bridgeEnabled)
+        return;
+    m_bridgeEnabled = enabled;
+    emit bridgeEnabledChanged(enabled);
+}
+
 RadioControl &RadioRouter::target() const
 {
     if (isBridgeActive())
@@ -118,6 +126,17 @@ void RadioRouter::retuneMode(const QString &mode, TuneOrigin origin)
 void RadioRouter::startTune()
 {
     target().startTune();
+    noteAtuCycle();
+}
+
+void RadioRouter::startRigTune()
+{
+    m_rig->startTune();
+    noteAtuCycle();
+}
+
+void RadioRouter::noteAtuCycle()
+{
     if (m_lastFreqKhz > 0)
         m_lastCycleKhz = m_lastFreqKhz;
 }

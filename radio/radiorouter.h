@@ -38,7 +38,8 @@ public:
 
     // Listens to the bridge from now on; null while there is none.
     void setBridge(LwClient *bridge);
-    void setBridgeEnabled(bool enabled) { m_bridgeEnabled = enabled; }
+    void setBridgeEnabled(bool enabled);
+    bool isBridgeEnabled() const { return m_bridgeEnabled; }
     bool isBridgeActive() const { return m_bridgeEnabled && m_bridgeLinked; }
 
     // The rig settings the reconnect timer and the start-up connect use.
@@ -61,6 +62,8 @@ public:
     void retuneMode(const QString &mode, TuneOrigin origin);
     // The antenna tuner's cycle by the active path, on request.
     void startTune();
+    // The radio panel's "Tune ATU": always the rig's own tuner.
+    void startRigTune();
     // The Hamlib modes to try, in order, for a spot's mode the rig's own mode
     // table leaves alone (digital and RTTY spots); empty for the others.
     static QStringList rigModesFor(const QString &spotMode);
@@ -84,6 +87,8 @@ signals:
     void rigDisconnected();
     void bridgeLinked(const QString &host, quint16 port);
     void bridgeUnlinked();
+    // The operator switched the bridge on or off.
+    void bridgeEnabledChanged(bool enabled);
     // The companion program's rig came or went, while the bridge has the radio.
     void bridgeRigConnectionChanged(bool connected);
     // A report by either path, as kept: a poll's 0 kHz keeps the last frequency,
@@ -102,6 +107,8 @@ private:
     // The reconnect timer's tick: retries the rig when a port is set and it is not connected.
     void onReconnectTick();
     bool atuCycleNeeded(double kHz) const;
+    // Any cycle of this run counts as the last one.
+    void noteAtuCycle();
 
     HamlibLink *m_rig;
     QTimer *m_pollTimer;

@@ -29,6 +29,18 @@ struct RadioState
     bool muted = false;
 };
 
+// One rig model Hamlib knows, as the radio set-up lists it.
+struct RigModelInfo
+{
+    int model = 0;
+    QString maker;
+    QString name;
+    bool networkPort = false; // reached over TCP or UDP: no serial line to set up
+
+    // "3073 — Icom IC-7300": the text the set-up dialog shows.
+    QString entry() const { return QStringLiteral("%1 — %2 %3").arg(QString::number(model), maker, name); }
+};
+
 struct RadioCaps
 {
     bool hasVolume = false;

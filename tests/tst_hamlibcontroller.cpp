@@ -1,4 +1,5 @@
 #include "radio/hamlibcontroller.h"
+#include "support/rigctldprocess.h"
 #include "support/testmain.h"
 
 #include <hamlib/rig.h>
@@ -35,15 +36,6 @@ const QString k_notConnected = QStringLiteral("error: Radio not connected");
 const QString k_lost =
     QStringLiteral("error: Radio connection lost — auto-disconnecting after repeated errors");
 
-// What the rig itself now holds, read straight through Hamlib.
-value_t level(RIG *rig, setting_t which)
-{
-    value_t value;
-    value.i = -1;
-    rig_get_level(rig, RIG_VFO_CURR, which, &value);
-    return value;
-}
-
 // Hamlib's trace of the dummy rig's function changes, in call order.
 QStringList g_funcTrace;
 
@@ -62,9 +54,14 @@ class TestHamlibController : public QObject
 {
     Q_OBJECT
 
-    QStringList m_log; // outlives every controller, which may still report from its destructor
+    QStringList m_log;       // outlives every controller, which may still report from its destructor
+    RigctldProcess m_daemon; // one for the whole run: each test sets what it reads
 
-    static RIG *rigOf(HamlibController &ctrl) { return ctrl.m_rig; }
+    // What the rig behind rigctld answers to one command, its lines joined by spaces.
+    QString ask(const QString &command, int lines = 1)
+    {
+        return m_daemon.ask(command.toLatin1(), lines).join(QLatin1Char(' '));
+    }
 
     // Every signal as one line, in arrival order.
     void record(HamlibController *ctrl)
@@ -94,7 +91,21 @@ class TestHamlibController : public QObject
         return ctrl;
     }
 
+    // A recorded controller on the dummy rig behind rigctld, which the test reaches as well to put
+    // the rig into states the controller never sets and to read back what it did.
+    std::unique_ptr<HamlibController> openNet(int pttType = 0)
+    {
+        RigConfig config = m_daemon.rigConfig();
+        config.pttType = pttType;
+        auto ctrl = std::make_unique<HamlibController>();
+        record(ctrl.get());
+        if (!ctrl->connectRig(config))
+            qFatal("the rig behind rigctld did not open: %s", qPrintable(m_log.join(QLatin1Char('|'))));
+        return ctrl;
+    }
+
 private slots:
+    void initTestCase() { QVERIFY2(m_daemon.start(), qPrintable(m_daemon.errorString())); }
     void init() { m_log.clear(); }
 
     void connectAndDisconnect()
@@ -103,11 +114,6 @@ private slots:
         RigConfig catPtt;
         catPtt.pttType = 1;
         QVERIFY(ctrl->connectRig(catPtt)); // passes through disconnected first
-        ptt_t ptt = RIG_PTT_OFF;
-        QVERIFY(ctrl->setPtt(true));
-        QVERIFY(rig_get_ptt(rigOf(*ctrl), RIG_VFO_CURR, &ptt) == RIG_OK && ptt == RIG_PTT_ON);
-        QVERIFY(ctrl->setPtt(false));
-        QVERIFY(rig_get_ptt(rigOf(*ctrl), RIG_VFO_CURR, &ptt) == RIG_OK && ptt == RIG_PTT_OFF);
         ctrl->disconnectRig();
         ctrl->disconnectRig();
         QVERIFY(!ctrl->isConnected());
@@ -136,6 +142,13 @@ private slots:
                                    QStringLiteral("error: Failed to initialise rig model 99999")};
         QCOMPARE(m_log, on + off + on + off + failures + on + off);
 
+        // Keying by CAT reaches the rig.
+        auto keyed = openNet(1);
+        for (const bool key : {true, false}) {
+            QVERIFY(keyed->setPtt(key));
+            QCOMPARE(ask(QStringLiteral("t")), QString::number(key));
+        }
+
         // Nothing listens where the network rig should be: a failed open says so once, on one line. Loss of a
         // linked rigctld after failed polls is the window's radio test.
         QTcpServer probe;
@@ -160,15 +173,14 @@ private slots:
 
     void tuneMapsModes()
     {
-        auto ctrl = open();
-        RIG *rig = rigOf(*ctrl);
+        auto ctrl = openNet();
         // Each row starts in AM, so "AM" means the mode was left alone.
         const std::tuple<double, const char *, const char *> rows[]{
             {9999.999, "ssb", "LSB"}, {10000.0, "SSB", "USB"}, {14200.0, "LSB", "LSB"},
             {7030.0, "cwr", "CW-R"},  {98000.0, "WFM", "FM"},  {14074.0, "FT8", "AM"},
             {14080.0, "USB-D", "AM"}};
         for (const auto &[kHz, mode, expected] : rows) {
-            QVERIFY(rig_set_mode(rig, RIG_VFO_CURR, RIG_MODE_AM, RIG_PASSBAND_NOCHANGE) == RIG_OK);
+            QCOMPARE(ask(QStringLiteral("M AM 0")), QStringLiteral("RPRT 0"));
             m_log.clear();
             QVERIFY(ctrl->tune(kHz, QLatin1String(mode)));
             QCOMPARE(m_log, QStringList{QStringLiteral("freq %1").arg(kHz)});
@@ -176,41 +188,41 @@ private slots:
             QVERIFY2(ctrl->getMode() == QLatin1String(expected), mode);
         }
         // A rig in broadcast FM reads as WFM although tuning never asks for it; unknown modes read "?".
-        for (const auto &[rigMode, name] : {std::pair(RIG_MODE_WFM, "WFM"), std::pair(RIG_MODE_DSB, "?")}) {
-            QVERIFY(rig_set_mode(rig, RIG_VFO_CURR, rigMode, RIG_PASSBAND_NOCHANGE) == RIG_OK);
+        for (const auto &[rigMode, name] : {std::pair("WFM", "WFM"), std::pair("DSB", "?")}) {
+            QCOMPARE(ask(QStringLiteral("M %1 0").arg(QLatin1String(rigMode))), QStringLiteral("RPRT 0"));
             QCOMPARE(ctrl->getMode(), QLatin1String(name));
         }
     }
 
     void panelSettingsReachTheRig()
     {
-        auto ctrl = open();
-        RIG *rig = rigOf(*ctrl);
-        const auto levels = [rig] {
-            return QString::asprintf("AF %.2f power %.2f speed %d", level(rig, RIG_LEVEL_AF).f,
-                                     level(rig, RIG_LEVEL_RFPOWER).f, level(rig, RIG_LEVEL_KEYSPD).i);
+        auto ctrl = openNet();
+        const auto levels = [this]() -> QString {
+            return ask(QStringLiteral("l AF")) + QLatin1Char(' ') + ask(QStringLiteral("l RFPOWER")) +
+                   QLatin1Char(' ') + ask(QStringLiteral("l KEYSPD"));
         };
         ctrl->setVolume(-5);
         ctrl->setRfPower(101);
         ctrl->setKeySpeed(2);
-        QCOMPARE(levels(), QStringLiteral("AF 0.00 power 1.00 speed 5"));
+        QCOMPARE(levels(), QStringLiteral("0.000000 1.000000 5"));
         ctrl->setVolume(150);
         ctrl->setRfPower(-1);
         ctrl->setKeySpeed(99);
-        QCOMPARE(levels(), QStringLiteral("AF 1.00 power 0.00 speed 60"));
-        value_t speed;
-        speed.i = 80; // readings out of range are clamped on the way in as well
-        QVERIFY(rig_set_level(rig, RIG_VFO_CURR, RIG_LEVEL_KEYSPD, speed) == RIG_OK);
+        QCOMPARE(levels(), QStringLiteral("1.000000 0.000000 60"));
+        // Readings out of range are clamped on the way in as well.
+        QCOMPARE(ask(QStringLiteral("L KEYSPD 80")), QStringLiteral("RPRT 0"));
         QCOMPARE(ctrl->queryState().keySpeed, 60);
 
         // Break-in: the function switched on always goes first, so the rig never drops to no break-in.
+        // Hamlib's trace shows the order on a rig in this process.
+        auto local = open();
         g_funcTrace.clear();
         rig_set_debug_callback(traceFuncCalls, nullptr);
         rig_set_debug(RIG_DEBUG_VERBOSE);
         QList<int> read;
         for (int breakIn : {1, 2, 7}) {
-            ctrl->setBreakIn(breakIn);
-            read << ctrl->queryState().breakIn;
+            local->setBreakIn(breakIn);
+            read << local->queryState().breakIn;
         }
         rig_set_debug(RIG_DEBUG_NONE);
         rig_set_debug_callback(nullptr, nullptr);
@@ -223,23 +235,22 @@ private slots:
         ctrl->setRfPower(55);
         ctrl->setKeySpeed(28);
         QVERIFY(ctrl->tune(14074.0, QStringLiteral("USB")));
-        const pbwidth_t narrow = rig_passband_narrow(rig, RIG_MODE_USB);
-        const pbwidth_t normal = rig_passband_normal(rig, RIG_MODE_USB);
-        const pbwidth_t wide = rig_passband_wide(rig, RIG_MODE_USB);
+        // The dummy's filter table, from a handle of the test's own.
+        const std::unique_ptr<RIG, int (*)(RIG *)> dummy(rig_init(RIG_MODEL_DUMMY), rig_cleanup);
+        const pbwidth_t narrow = rig_passband_narrow(dummy.get(), RIG_MODE_USB);
+        const pbwidth_t normal = rig_passband_normal(dummy.get(), RIG_MODE_USB);
+        const pbwidth_t wide = rig_passband_wide(dummy.get(), RIG_MODE_USB);
         QVERIFY(narrow > 0 && narrow < normal && normal < wide);
-        rmode_t mode = RIG_MODE_NONE;
-        pbwidth_t width = -1;
         for (const auto &[filter, expected] :
              {std::pair(0, narrow), {2, wide}, {1, normal}, {0, narrow}, {9, normal}}) {
             ctrl->setFilter(filter);
-            QVERIFY(rig_get_mode(rig, RIG_VFO_CURR, &mode, &width) == RIG_OK && mode == RIG_MODE_USB);
-            QCOMPARE(width, expected);
+            QCOMPARE(ask(QStringLiteral("m"), 2), QStringLiteral("USB %1").arg(expected));
             QCOMPARE(describe(ctrl->queryState()),
                      QStringLiteral("state 42 55 %1 28 0 0").arg(filter == 9 ? 1 : filter));
         }
         // FM has no wide filter on the dummy: asking for it leaves the narrow width alone.
         QVERIFY(ctrl->tune(145500.0, QStringLiteral("FM")));
-        QCOMPARE(rig_passband_wide(rig, RIG_MODE_FM), pbwidth_t(0));
+        QCOMPARE(rig_passband_wide(dummy.get(), RIG_MODE_FM), pbwidth_t(0));
         ctrl->setFilter(0);
         ctrl->setFilter(2);
         QCOMPARE(ctrl->queryState().filter, 0);
@@ -247,49 +258,51 @@ private slots:
 
     void muteByFunctionOrAfLevel()
     {
-        auto ctrl = open();
-        RIG *rig = rigOf(*ctrl);
+        auto ctrl = openNet();
+        const auto af = [this] { return ask(QStringLiteral("l AF")); };
         ctrl->setVolume(42);
         ctrl->setMute(true); // the rig has a mute function: the AF level stays
-        QCOMPARE(level(rig, RIG_LEVEL_AF).f, 0.42f);
+        QCOMPARE(af(), QStringLiteral("0.420000"));
         QVERIFY(ctrl->queryState().muted);
         ctrl->setMute(false);
         QVERIFY(!ctrl->queryState().muted);
 
         // Without the mute function, muting turns AF down and unmuting restores it.
-        rig->state.has_set_func &= ~RIG_FUNC_MUTE;
+        const quint64 all = ~quint64(0);
+        ctrl->setCapabilityMask(all, all & ~RIG_FUNC_MUTE);
         QVERIFY(ctrl->queryCaps().hasMute);
         ctrl->setMute(true);
-        QCOMPARE(level(rig, RIG_LEVEL_AF).f, 0.0f);
+        QCOMPARE(af(), QStringLiteral("0.000000"));
         QVERIFY(!ctrl->queryState().muted);
         ctrl->setMute(false);
-        QCOMPARE(level(rig, RIG_LEVEL_AF).f, 0.42f);
+        QCOMPARE(af(), QStringLiteral("0.420000"));
         ctrl->setMute(true);
         ctrl->setMute(true); // a second mute remembers the silence
         ctrl->setMute(false);
-        QCOMPARE(level(rig, RIG_LEVEL_AF).f, 0.0f);
+        QCOMPARE(af(), QStringLiteral("0.000000"));
 
         // Neither mute nor AF: nothing is touched.
         ctrl->setVolume(80);
-        rig->state.has_set_level &= ~RIG_LEVEL_AF;
+        ctrl->setCapabilityMask(all & ~RIG_LEVEL_AF, all & ~RIG_FUNC_MUTE);
         QVERIFY(!ctrl->queryCaps().hasMute);
         ctrl->setMute(true);
-        QCOMPARE(level(rig, RIG_LEVEL_AF).f, 0.8f);
+        QCOMPARE(af(), QStringLiteral("0.800000"));
     }
 
+    // On a rig in this process: over rigctld, Hamlib answers a 0 Hz reading with the last frequency it read.
     void pollCountsFailures()
     {
         auto ctrl = open();
         QVERIFY(ctrl->tune(14062.0, QStringLiteral("CW")));
         m_log.clear();
-        const auto pollAt = [&](freq_t hz, int times) {
-            QVERIFY(rig_set_freq(rigOf(*ctrl), RIG_VFO_CURR, hz) == RIG_OK);
+        const auto pollAt = [&](double kHz, int times) {
+            QVERIFY(ctrl->setFrequency(kHz));
             for (int i = 0; i < times; ++i)
                 ctrl->requestPoll();
         };
-        pollAt(14062000, 1);
-        pollAt(0, 4);       // a rig reporting 0 Hz counts as a failed poll
-        pollAt(7030000, 1); // a success restarts the count
+        pollAt(14062, 1);
+        pollAt(0, 4);    // a rig reporting 0 Hz counts as a failed poll
+        pollAt(7030, 1); // a success restarts the count
         pollAt(0, 4);
         QVERIFY(ctrl->isConnected());
         ctrl->requestPoll();
@@ -297,8 +310,10 @@ private slots:
         ctrl->requestPoll(); // once disconnected, nothing is emitted again
         ctrl->disconnectRig();
         QVERIFY(ctrl->setPtt(true)); // without PTT control, keying is a harmless no-op even now
-        QCOMPARE(m_log, (QStringList{QStringLiteral("poll 14062 CW"), QStringLiteral("poll 7030 CW"), k_lost,
-                                     QStringLiteral("off"), k_noCaps}));
+        QCOMPARE(m_log.filter(QStringLiteral("freq ")).size(), 4);
+        QCOMPARE(m_log.filter(QRegularExpression(QStringLiteral("^(?!freq )"))),
+                 (QStringList{QStringLiteral("poll 14062 CW"), QStringLiteral("poll 7030 CW"), k_lost,
+                              QStringLiteral("off"), k_noCaps}));
     }
 };
 

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDateTime>
 #include <QDialog>
 #include <QItemSelectionModel>
@@ -22,6 +23,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QSpinBox>
@@ -151,6 +153,89 @@ private slots:
         QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("h"));
         QCOMPARE(table(w)->model()->rowCount(), 1);
         QCOMPARE(statusOf(w, QStringLiteral("K1AAA")), StationSpot::Unknown);
+
+        // Escape returns to the table, Tab leaves it for the search, Ctrl+F and "/" select the search text.
+        QTest::keyClick(search, Qt::Key_Escape);
+        QCOMPARE(QApplication::focusWidget(), table(w));
+        QTest::keyClick(table(w), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), search);
+        for (const auto &[key, modifiers] :
+             {std::pair{Qt::Key_F, Qt::ControlModifier}, {Qt::Key_Slash, Qt::NoModifier}}) {
+            table(w)->setFocus();
+            QTest::keyClick(table(w), key, modifiers);
+            QCOMPARE(QApplication::focusWidget(), search);
+            QCOMPARE(search->selectedText(), search->text());
+        }
+        QTest::keyClicks(search, QStringLiteral("K3"));
+        QCOMPARE(selectedCallsign(w), QString());
+        QCOMPARE(table(w)->model()->rowCount(), 1);
+
+        // Clear Spots takes the selection with the rows: the panel shows none and L has nothing to log.
+        clickRow(w, 0);
+        QCOMPARE(labelText(w, "detailCallsign"), QStringLiteral("K3CCC"));
+        for (QAction *action : w.findChildren<QAction *>())
+            if (action->text() == QLatin1String("&Clear Spots"))
+                action->trigger();
+        QTRY_COMPARE(labelText(w, "detailCallsign"), QString());
+        QVERIFY(!w.findChild<QPushButton *>(QStringLiteral("addToLogButton"))->isEnabled());
+    }
+
+    // Filters, searches, marks and logs with a selection, against a flood of merges: nothing may use a
+    // row or index across a model change (run under ASan as well), and the panel always shows the
+    // selected row's station or none.
+    void selectionSurvivesAStorm()
+    {
+        MainWindow w(services());
+        auto *fetcher = w.findChild<PotaSpotFetcher *>();
+        auto *search = w.findChild<QLineEdit *>();
+        auto *status = w.findChild<QComboBox *>();
+        QRandomGenerator random(20261124);
+        const auto batch = [&random] {
+            QList<StationSpot> spots;
+            for (int i = random.bounded(5, 40); i > 0; --i) {
+                StationSpot spot;
+                spot.source = StationSpot::POTA;
+                const int n = random.bounded(60);
+                spot.callsign = QStringLiteral("W%1A").arg(n % 20);
+                spot.reference = QStringLiteral("US-%1").arg(n);
+                spot.frequencyKhz = 7000 + 7000 * (n % 2) + n * 0.5;
+                spot.mode = QStringLiteral("CW");
+                spot.spotTime = QDateTime::currentDateTimeUtc().addSecs(-random.bounded(600));
+                spots << spot;
+            }
+            return spots;
+        };
+        for (int step = 0; step < 400; ++step) {
+            const int rows = table(w)->model()->rowCount();
+            switch (random.bounded(8)) {
+            case 0:
+                emit fetcher->spotsReady(batch());
+                break;
+            case 1:
+                search->setText(random.bounded(2) ? QStringLiteral("W%1").arg(random.bounded(20))
+                                                  : QString());
+                break;
+            case 2:
+                status->setCurrentIndex(random.bounded(status->count()));
+                break;
+            case 3:
+                button(w, "bandBtn", QStringLiteral("40m"))->click();
+                break;
+            case 4:
+            case 5:
+                if (rows > 0)
+                    clickRow(w, random.bounded(rows));
+                break;
+            default:
+                QTest::keyClick(
+                    &w, QList<Qt::Key>{Qt::Key_H, Qt::Key_U, Qt::Key_L, Qt::Key_J}[random.bounded(4)]);
+            }
+            if (step % 4 != 0)
+                continue; // changes pile up unhandled between the turns of the event loop
+            QCoreApplication::processEvents();
+            const QString panel = labelText(w, "detailCallsign");
+            QVERIFY2(panel.isEmpty() || panel == selectedCallsign(w), qPrintable(panel));
+        }
     }
 
     void tuneWithoutARigAsksAndTunesNothing()
@@ -278,7 +363,7 @@ private slots:
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
-        writeSettings(QStringLiteral(R"({"hamlib": {"rigModel": %1, "port": "%2"}})")
+        writeSettings(QStringLiteral(R"({"autoAtu": true, "hamlib": {"rigModel": %1, "port": "%2"}})")
                           .arg(daemon.rigConfig().rigModel)
                           .arg(daemon.rigConfig().port)
                           .toUtf8());
@@ -311,6 +396,28 @@ private slots:
         QCOMPARE(table(w)->selectionModel()->selectedRows().first().row(), 2);
         QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
         QCOMPARE(rigSetting(w), QStringLiteral("14200.0 LSB"));
+
+        // The search, then a band, take the station from the view: the selection goes with it,
+        // the rig stays and no tuner cycle starts (Auto ATU is on). J then picks up where it stood.
+        QStringList messages;
+        connect(w.statusBar(), &QStatusBar::messageChanged, &w,
+                [&messages](const QString &m) { messages << m; });
+        auto *search = w.findChild<QLineEdit *>();
+        search->setText(QStringLiteral("K4"));
+        QTRY_COMPARE(labelText(w, "detailCallsign"), QString());
+        QVERIFY(table(w)->selectionModel()->selectedRows().isEmpty());
+        search->clear();
+        button(w, "bandBtn", QStringLiteral("40m"))->click();
+        button(w, "bandBtn", QStringLiteral("40m"))->click();
+        QCOMPARE(rigSetting(w), QStringLiteral("14200.0 LSB"));
+        QVERIFY(messages.filter(QStringLiteral("ATU")).isEmpty());
+        QTest::keyClick(&w, Qt::Key_J);
+        QCOMPARE(selectedCallsign(w), QStringLiteral("K2BBB"));
+        QCOMPARE(rigSetting(w), QStringLiteral("7150.0 LSB"));
+        // The operator zero-beats 600 Hz up; marking heard leaves the rig there.
+        w.apiSetRadioFreqKhz(7150.6);
+        QTest::keyClick(&w, Qt::Key_H);
+        QCOMPARE(rigSetting(w), QStringLiteral("7150.6 LSB"));
 
         // The daemon dies: after five failed polls the window shows the loss
         // and starts trying again every 15 s.

@@ -36,6 +36,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -81,7 +82,8 @@ class TestMainWindowSettings final : public WindowTest
     Q_OBJECT
 
 private:
-    // Opens the dialog behind the menu entry, lets fill() set its fields, accepts it.
+    // Opens the dialog behind the menu entry (or the button of that name), lets fill() set its fields,
+    // accepts it.
     template <typename Dialog>
     static bool runDialog(MainWindow &w, const QString &entry, const std::function<void(Dialog &)> &fill)
     {
@@ -98,6 +100,8 @@ private:
             if (action->text() == entry)
                 action->trigger();
         }
+        if (auto *button = w.findChild<QPushButton *>(entry))
+            button->click();
         return seen;
     }
 
@@ -246,6 +250,7 @@ private slots:
         }));
         QCOMPARE(labelText(w, "callsignLabel"), QStringLiteral("DE: W4ABC"));
         QVERIFY(!table(w)->isColumnHidden(StationModel::DistanceColumn));
+        QVERIFY(!w.findChild<QWidget *>(QStringLiteral("firstStartWelcome"))->isVisibleTo(&w));
 
         QVERIFY(runDialog<RadioSetupDialog>(w, QStringLiteral("Radio &Setup..."), [](QWidget &d) {
             auto *model = field<QComboBox>(d, "rigModelCombo");
@@ -261,6 +266,8 @@ private slots:
             field<QCheckBox>(d, "lwEnabledCheck")->setChecked(true);
             field<QSpinBox>(d, "lwPortSpin")->setValue(2110);
         }));
+        QCOMPARE(labelText(w, "statusBridge"), QStringLiteral("LW: not linked — retrying"));
+        QVERIFY(w.findChild<QLabel *>(QStringLiteral("statusBridge"))->isVisibleTo(&w));
         const QJsonObject s = readSettings();
         QCOMPARE(s.value(QStringLiteral("callsign")).toString(), QStringLiteral("W4ABC"));
         QCOMPARE(s.value(QStringLiteral("latitude")).toDouble(), 35.5);
@@ -274,6 +281,26 @@ private slots:
         QCOMPARE(clusters.last().toObject().value(QStringLiteral("port")).toInt(), 7300);
         QCOMPARE(s.value(QStringLiteral("lwEnabled")).toBool(), true);
         QCOMPARE(s.value(QStringLiteral("lwPort")).toInt(), 2110);
+    }
+
+    void firstStartOffersTheDialogs_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("dialog");
+        QTest::newRow("preferences") << "firstStartPrefsButton"
+                                     << "PreferencesDialog";
+        QTest::newRow("radio") << "firstStartRadioButton"
+                               << "RadioSetupDialog";
+    }
+    void firstStartOffersTheDialogs()
+    {
+        QFETCH(QString, button);
+        MainWindow w(services());
+        QVERIFY(w.findChild<QWidget *>(QStringLiteral("firstStartWelcome"))->isVisibleTo(&w));
+        QString opened;
+        QVERIFY(runDialog<QDialog>(
+            w, button, [&opened](QDialog &d) { opened = QString::fromLatin1(d.metaObject()->className()); }));
+        QTEST(opened, "dialog");
     }
 
     // The dialogs on their own.
@@ -321,13 +348,25 @@ private slots:
         QVERIFY(p.hasUserLocation);
     }
 
+    void watchListTabLeavesTheBox()
+    {
+        PreferencesDialog dialog{Preferences()};
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        auto *calls = field<QPlainTextEdit>(dialog, "watchCallsignsEdit");
+        calls->setFocus();
+        QTest::keyClick(calls, Qt::Key_Tab);
+        QCOMPARE(calls->toPlainText(), QString());
+        QCOMPARE(QApplication::focusWidget(), field<QPlainTextEdit>(dialog, "watchReferencesEdit"));
+    }
+
     void radioSetupAgainstRigctld()
     {
         RigctldProcess daemon;
         QVERIFY2(daemon.start(), qPrintable(daemon.errorString()));
         HamlibController rig;
         HamlibLink link(&rig);
-        RadioSetupDialog dialog(daemon.rigConfig(), rig.availableRigs(), {}, RigSetupCalls::through(link));
+        RadioSetupDialog dialog(daemon.rigConfig(), rig.rigModels(), {}, RigSetupCalls::through(link));
         auto *status = field<QLabel>(dialog, "radioStatusDlg");
         auto *result = field<QLabel>(dialog, "radioTestLabel");
         QCOMPARE(status->text(), QStringLiteral("○ Not connected"));
@@ -347,6 +386,48 @@ private slots:
         QCOMPARE(status->text(), QStringLiteral("○ Connection failed"));
         clickButton(dialog, QStringLiteral("Test Connection"));
         QCOMPARE(result->text(), QStringLiteral("✘ Connection failed"));
+    }
+
+    void radioSetupListsModelsByMaker_data()
+    {
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QString>("chosen"); // the first match is taken
+        QTest::addColumn<bool>("serial");
+        QTest::newRow("number") << "7300"
+                                << "Icom IC-7300" << true;
+        QTest::newRow("maker") << "icom"
+                               << "Icom" << true;
+        QTest::newRow("network rig") << "NET rigctl"
+                                     << "Hamlib NET rigctl" << false;
+    }
+    void radioSetupListsModelsByMaker()
+    {
+        QFETCH(QString, filter);
+        QFETCH(QString, chosen);
+        HamlibController rig;
+        QHash<int, RigModelInfo> known;
+        for (const RigModelInfo &model : rig.rigModels())
+            known.insert(model.model, model);
+        const RigSetupCalls unused{[] { return false; }, [](const RigConfig &) { return false; }, [] {},
+                                   [] { return 0.0; }, [] { return QString(); }};
+        RadioSetupDialog dialog(RigConfig(), rig.rigModels(), {}, unused);
+        field<QLineEdit>(dialog, "rigModelFilterEdit")->setText(filter);
+
+        auto *list = field<QComboBox>(dialog, "rigModelCombo");
+        QVERIFY(list->count() > 0);
+        const auto sortKey = [&](int row) {
+            const RigModelInfo &model = known.value(list->itemData(row).toInt());
+            return std::make_tuple(model.maker.toLower(), model.name.toLower(), model.model);
+        };
+        for (int row = 0; row < list->count(); ++row) {
+            QVERIFY2(list->itemText(row).contains(filter, Qt::CaseInsensitive),
+                     qPrintable(list->itemText(row)));
+            QVERIFY(row == 0 || sortKey(row - 1) < sortKey(row));
+        }
+        QVERIFY2(list->currentText().contains(chosen), qPrintable(list->currentText()));
+        QCOMPARE(dialog.rigConfig().rigModel, list->itemData(0).toInt());
+        QCOMPARE(field<QComboBox>(dialog, "baudRateCombo")->isEnabled(), fetched<bool>("serial"));
+        QCOMPARE(field<QComboBox>(dialog, "rtsCombo")->isEnabled(), fetched<bool>("serial"));
     }
 
     void radioSetupFields_data()
@@ -374,8 +455,7 @@ private slots:
                          3}; // 300 baud is not offered, yet kept
         const RigSetupCalls answersNothing{[] { return false; }, [](const RigConfig &) { return true; },
                                            [] {}, [] { return 0.0; }, [] { return QString(); }};
-        RadioSetupDialog dialog(config,
-                                {QStringLiteral("1 — Hamlib Dummy"), QStringLiteral("2 — Hamlib NET rigctl")},
+        RadioSetupDialog dialog(config, {{2, QStringLiteral("Hamlib"), QStringLiteral("NET rigctl"), true}},
                                 serialPorts, answersNothing);
         auto *port = field<QComboBox>(dialog, "rigPortCombo");
         QTEST(port->lineEdit()->placeholderText(), "placeholder");

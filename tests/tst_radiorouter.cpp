@@ -262,6 +262,85 @@ private slots:
         QCOMPARE(m_log, signalled);
     }
 
+    // Steps: "O14074" an operator's selection, "A…" an API tune, "T" the "Tune ATU" button.
+    void tunerCyclesOnlyWhenNeeded_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("cycles");
+        QTest::newRow("the first selection") << QStringLiteral("O14074") << QStringLiteral("14074");
+        QTest::newRow("within 2%") << QStringLiteral("O14074 O14300") << QStringLiteral("14074");
+        QTest::newRow("over 2%") << QStringLiteral("O7000 O7150") << QStringLiteral("7000 7150");
+        QTest::newRow("another band") << QStringLiteral("O14074 O18100") << QStringLiteral("14074 18100");
+        QTest::newRow("an API tune never") << QStringLiteral("A14074 A21074") << QString();
+        QTest::newRow("Tune ATU counts") << QStringLiteral("A14074 T O14100") << QString();
+    }
+
+    void tunerCyclesOnlyWhenNeeded()
+    {
+        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
+        QVERIFY(openRig(router));
+        QStringList cycles;
+        connect(&router, &RadioRouter::atuCycleStarted, this,
+                [&cycles](double kHz) { cycles << QString::number(kHz); });
+        for (const QString &step : fetched<QString>("steps").split(QLatin1Char(' '))) {
+            const double kHz = step.mid(1).toDouble();
+            if (step == QLatin1String("T")) {
+                router.startRigTune();
+                continue;
+            }
+            QSignalSpy polled(&router, &RadioRouter::frequencyChanged);
+            router.tune(kHz, QStringLiteral("CW"),
+                        step[0] == QLatin1Char('O') ? TuneOrigin::Operator : TuneOrigin::Api, true);
+            m_link->requestPoll();
+            QVERIFY(polled.wait(5000));
+        }
+        QTEST(cycles.join(QLatin1Char(' ')), "cycles");
+    }
+
+    void modeForTheSpot_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QString>("rig");
+        QTest::newRow("FT8") << QStringLiteral("FT8") << QStringLiteral("14074 PKT-U");
+        QTest::newRow("PSK31") << QStringLiteral("psk31") << QStringLiteral("14074 PKT-U");
+        QTest::newRow("DIGI") << QStringLiteral("DIGI") << QStringLiteral("14074 PKT-U");
+        QTest::newRow("RTTY") << QStringLiteral("RTTY") << QStringLiteral("14074 RTTY");
+        QTest::newRow("CW") << QStringLiteral("CW") << QStringLiteral("14074 CW");
+        QTest::newRow("unknown keeps the mode") << QStringLiteral("OLIVIA") << QStringLiteral("14074 CW");
+    }
+
+    void modeForTheSpot()
+    {
+        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
+        QVERIFY(openRig(router));
+        QVERIFY(router.tune(14074, fetched<QString>("mode"), TuneOrigin::Operator));
+        QTEST(rigReading(), "rig");
+    }
+
+    // The operator's disconnect holds against the reconnect timer; a dropped link does not.
+    void disconnectHolds()
+    {
+        RadioRouter router(m_link.get(), &m_poll, &m_reconnect);
+        RigConfig config;
+        config.port = QStringLiteral("dummy");
+        router.setRigConfig(config);
+        QVERIFY(openRig(router));
+        QSignalSpy off(&router, &RadioRouter::rigDisconnected);
+        router.disconnectRig();
+        QVERIFY(off.wait(5000));
+        QVERIFY(!m_reconnect.isActive());
+        QVERIFY(QMetaObject::invokeMethod(&m_reconnect, "timeout")); // a tick all the same
+        QCOMPARE(rigReading(), QStringLiteral("not connected"));
+        QSignalSpy on(&router, &RadioRouter::rigConnected);
+        router.connectRig();
+        QVERIFY(on.wait(5000));
+        m_link->disconnectRigAndWait(); // dropped by itself
+        QTRY_VERIFY(m_reconnect.isActive());
+        router.disconnectRig();
+        router.releaseDisconnectHold(); // the set-up dialog's OK
+        QTRY_VERIFY(m_reconnect.isActive());
+    }
+
     void bridgeCommandsWhileLinked()
     {
         CompanionServer lw;

@@ -38,6 +38,8 @@ QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const
     auto *edit = new QPlainTextEdit(parent);
     edit->setObjectName(objectName);
     edit->setFixedHeight(80);
+    // Call signs never hold a tab; Tab leaves the box like in every other field.
+    edit->setTabChangesFocus(true);
     edit->setPlaceholderText(placeholder);
     edit->setPlainText(entries.join(QLatin1Char('\n')));
     return edit;

@@ -3,6 +3,7 @@
 #include "app/dialogs/dialogfields.h"
 #include "radio/hamliblink.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -13,8 +14,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSerialPortInfo>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -31,6 +34,22 @@ public:
     WaitCursor(const WaitCursor &) = delete;
     WaitCursor &operator=(const WaitCursor &) = delete;
 };
+
+// By maker, then model name, then number: how an operator looks for a radio.
+bool listedBefore(const RigModelInfo &a, const RigModelInfo &b)
+{
+    if (const int byMaker = a.maker.compare(b.maker, Qt::CaseInsensitive))
+        return byMaker < 0;
+    if (const int byName = a.name.compare(b.name, Qt::CaseInsensitive))
+        return byName < 0;
+    return a.model < b.model;
+}
+
+// A stored model this Hamlib does not know is listed by its number alone, so that accepting keeps it.
+QString entryText(const RigModelInfo &rig)
+{
+    return rig.maker.isEmpty() && rig.name.isEmpty() ? QString::number(rig.model) : rig.entry();
+}
 
 QString serialPortText(const SerialPortChoice &port)
 {
@@ -60,11 +79,14 @@ RigSetupCalls RigSetupCalls::through(HamlibLink &link)
     return calls;
 }
 
-RadioSetupDialog::RadioSetupDialog(const RigConfig &config, const QStringList &rigModels,
+RadioSetupDialog::RadioSetupDialog(const RigConfig &config, QList<RigModelInfo> rigModels,
                                    const QList<SerialPortChoice> &serialPorts, RigSetupCalls rig,
                                    QWidget *parent)
     : QDialog(parent)
     , m_rig(std::move(rig))
+    , m_rigModels(std::move(rigModels))
+    , m_chosenModel(config.rigModel)
+    , m_modelFilter(new QLineEdit(this))
     , m_model(addChoice("rigModelCombo"))
     , m_port(addChoice("rigPortCombo"))
     , m_baud(addChoice("baudRateCombo"))
@@ -81,9 +103,10 @@ RadioSetupDialog::RadioSetupDialog(const RigConfig &config, const QStringList &r
     setWindowTitle(QStringLiteral("Radio Setup — Tallis"));
     setMinimumWidth(500);
 
-    for (const QString &entry : rigModels)
-        m_model->addItem(entry, entry.section(QLatin1Char(' '), 0, 0).toInt());
-    DialogFields::selectValue(m_model, config.rigModel, QString::number(config.rigModel));
+    const auto stored = [&config](const RigModelInfo &listed) { return listed.model == config.rigModel; };
+    if (std::none_of(m_rigModels.cbegin(), m_rigModels.cend(), stored))
+        m_rigModels.append({config.rigModel, QString(), QString(), false});
+    std::sort(m_rigModels.begin(), m_rigModels.end(), listedBefore);
     fillPorts(serialPorts, config.port);
     for (const int rate : {1200, 2400, 4800, 9600, 14400, 19200, 38400, 57600, 115200})
         m_baud->addItem(QString::number(rate), rate);
@@ -112,7 +135,7 @@ RadioSetupDialog::RadioSetupDialog(const RigConfig &config, const QStringList &r
 
     auto *group = new QGroupBox(QStringLiteral("Radio Connection"), this);
     auto *form = new QFormLayout(group);
-    form->addRow(QStringLiteral("Rig Model:"), m_model);
+    form->addRow(QStringLiteral("Rig Model:"), buildModelChoice());
     form->addRow(QStringLiteral("Port / Address:"), m_port);
     form->addRow(QStringLiteral("Baud Rate:"), m_baud);
     form->addRow(QStringLiteral("Data Bits:"), m_dataBits);
@@ -129,6 +152,13 @@ RadioSetupDialog::RadioSetupDialog(const RigConfig &config, const QStringList &r
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(group);
     layout->addWidget(DialogFields::okCancelButtons(this));
+
+    // A network rig has no serial line: its settings stay as stored but are not offered.
+    for (QWidget *field : {m_baud, m_dataBits, m_stopBits, m_parity, m_handshake, m_dtr, m_rts})
+        m_serialFields << field << form->labelForField(field);
+    filterModels(QString());
+    connect(m_model, &QComboBox::currentIndexChanged, this, &RadioSetupDialog::onModelChosen);
+    connect(m_modelFilter, &QLineEdit::textChanged, this, &RadioSetupDialog::filterModels);
 }
 
 RadioSetupDialog::~RadioSetupDialog() = default;
@@ -138,6 +168,53 @@ QComboBox *RadioSetupDialog::addChoice(const char *objectName)
     auto *combo = new QComboBox(this);
     combo->setObjectName(QString::fromLatin1(objectName));
     return combo;
+}
+
+QWidget *RadioSetupDialog::buildModelChoice()
+{
+    auto *box = new QWidget(this);
+    auto *layout = new QVBoxLayout(box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    m_modelFilter->setObjectName(QStringLiteral("rigModelFilterEdit"));
+    m_modelFilter->setPlaceholderText(QStringLiteral("Find a model: 7300, icom, ft-991 …"));
+    m_modelFilter->setClearButtonEnabled(true);
+    layout->addWidget(m_modelFilter);
+    // Hundreds of models: a drop-down of twenty rows that scrolls (the style sheet
+    // turns the full-height pop-up off for this list).
+    m_model->setMaxVisibleItems(20);
+    m_model->view()->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    layout->addWidget(m_model);
+    return box;
+}
+
+void RadioSetupDialog::filterModels(const QString &text)
+{
+    const QStringList words = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QSignalBlocker blocker(m_model);
+    m_model->clear();
+    for (const RigModelInfo &rig : std::as_const(m_rigModels)) {
+        const QString entry = entryText(rig);
+        const auto inEntry = [&entry](const QString &word) {
+            return entry.contains(word, Qt::CaseInsensitive);
+        };
+        if (std::all_of(words.cbegin(), words.cend(), inEntry))
+            m_model->addItem(entry, rig.model);
+    }
+    // With nothing matching, the chosen model stays chosen.
+    const int index = m_model->findData(m_chosenModel);
+    m_model->setCurrentIndex(index < 0 && m_model->count() > 0 ? 0 : index);
+    onModelChosen();
+}
+
+void RadioSetupDialog::onModelChosen()
+{
+    if (m_model->currentIndex() >= 0)
+        m_chosenModel = m_model->currentData().toInt();
+    const auto chosen = std::find_if(m_rigModels.cbegin(), m_rigModels.cend(),
+                                     [this](const RigModelInfo &rig) { return rig.model == m_chosenModel; });
+    const bool serial = chosen == m_rigModels.cend() || !chosen->networkPort;
+    for (QWidget *field : std::as_const(m_serialFields))
+        field->setEnabled(serial);
 }
 
 QWidget *RadioSetupDialog::buildButtons()
@@ -187,7 +264,7 @@ QString RadioSetupDialog::portText() const
 RigConfig RadioSetupDialog::rigConfig() const
 {
     RigConfig config;
-    config.rigModel = m_model->currentData().toInt();
+    config.rigModel = m_chosenModel;
     config.port = portText();
     config.baudRate = m_baud->currentData().toInt();
     config.dataBits = m_dataBits->currentData().toInt();

@@ -5,12 +5,12 @@
 #include <QDialog>
 #include <QList>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 
 class QComboBox;
 class QLabel;
+class QLineEdit;
 
 // A serial port the radio set-up offers: the device path that is stored, and
 // what the system says the device is.
@@ -44,8 +44,9 @@ class RadioSetupDialog final : public QDialog
     Q_DISABLE_COPY_MOVE(RadioSetupDialog)
 
 public:
-    // rigModels holds the controller's entries, "%1 — %2 %3" with the model number first.
-    RadioSetupDialog(const RigConfig &config, const QStringList &rigModels,
+    // rigModels: every model the rig controller knows, in any order; the dialog
+    // lists them by maker, then model name, then number.
+    RadioSetupDialog(const RigConfig &config, QList<RigModelInfo> rigModels,
                      const QList<SerialPortChoice> &serialPorts, RigSetupCalls rig,
                      QWidget *parent = nullptr);
     ~RadioSetupDialog() override;
@@ -57,7 +58,12 @@ public:
 
 private:
     QComboBox *addChoice(const char *objectName);
+    QWidget *buildModelChoice();
     QWidget *buildButtons();
+    // Lists the models whose entry holds every word of text; keeps the chosen
+    // model when it still matches, else takes the first match.
+    void filterModels(const QString &text);
+    void onModelChosen();
     void fillPorts(const QList<SerialPortChoice> &serialPorts, const QString &current);
     QString portText() const;
     void onConnect();
@@ -65,6 +71,9 @@ private:
     void onTest();
 
     RigSetupCalls m_rig;
+    QList<RigModelInfo> m_rigModels; // sorted for the list
+    int m_chosenModel;
+    QLineEdit *m_modelFilter;
     QComboBox *m_model;
     QComboBox *m_port;
     QComboBox *m_baud;
@@ -77,4 +86,5 @@ private:
     QComboBox *m_ptt;
     QLabel *m_status;
     QLabel *m_testResult;
+    QList<QWidget *> m_serialFields;
 };

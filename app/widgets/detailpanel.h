@@ -25,6 +25,9 @@ public:
     void setActionsEnabled(bool enabled);
     // What the operator's own log says of the selected spot.
     void showWorked(const QString &text);
+    // While no call sign is set, the empty panel greets a new operator and
+    // offers the two dialogs that get a station going.
+    void showWelcome(bool welcome);
 
     RadioPanel *radioPanel() const { return m_radioPanel; }
     QPushButton *tuneButton() const { return m_tuneButton; }
@@ -32,7 +35,15 @@ public:
     QPushButton *unheardButton() const { return m_unheardButton; }
     QPushButton *addToLogButton() const { return m_addToLogButton; }
 
+signals:
+    void preferencesRequested();
+    void radioSetupRequested();
+
 private:
+    QWidget *buildDetails();
+    QWidget *buildWelcome();
+    void showDetailsOrWelcome();
+
     QLabel *m_callsign;
     QLabel *m_reference;
     QLabel *m_referenceName;
@@ -43,6 +54,10 @@ private:
     QLabel *m_comments;
     QLabel *m_multiop;
     QLabel *m_worked;
+    QWidget *m_details;
+    QWidget *m_welcome;
+    bool m_welcomeWanted = false;
+    bool m_showingSpot = false;
     RadioPanel *m_radioPanel;
     QPushButton *m_tuneButton;
     QPushButton *m_heardButton;

@@ -123,7 +123,8 @@ FilterBar::FilterBar(QWidget *parent)
 
     m_autoAtuCheck->setObjectName(QStringLiteral("autoAtuCheck"));
     m_autoAtuCheck->setToolTip(
-        QStringLiteral("Automatically trigger ATU tuning cycle each time a spot is selected"));
+        QStringLiteral("Trigger an ATU tuning cycle when a spot you select is on another band or more than "
+                       "2% from the last cycle (a cycle transmits)"));
     m_autoAtuCheck->setFocusPolicy(Qt::NoFocus);
     bottom->addWidget(m_autoAtuCheck);
 }

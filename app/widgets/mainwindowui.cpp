@@ -24,11 +24,13 @@ void MainWindowUi::buildMenuBar(QMainWindow &window)
     exportSotaLog = file->addAction(QStringLiteral("Export &SOTA Log (CSV)"));
     exportPotaLog = file->addAction(QStringLiteral("Export &POTA Log (ADIF)"));
     clearSpots = file->addAction(QStringLiteral("&Clear Spots"));
+    file->addSeparator();
     quit = file->addAction(QStringLiteral("&Quit"));
     preferences = bar->addMenu(QStringLiteral("&Settings"))->addAction(QStringLiteral("&Preferences..."));
     QMenu *radio = bar->addMenu(QStringLiteral("&Radio"));
     radioSetup = radio->addAction(QStringLiteral("Radio &Setup..."));
     disconnectRadio = radio->addAction(QStringLiteral("&Disconnect Radio"));
+    connectRadio = radio->addAction(QStringLiteral("&Connect Radio"));
     dxClusterSetup = radio->addAction(QStringLiteral("DX &Cluster Setup..."));
     lwBridgeSetup = radio->addAction(QStringLiteral("Lampwick &Bridge..."));
     about = bar->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"));

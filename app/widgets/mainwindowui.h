@@ -31,6 +31,7 @@ public:
     QAction *preferences = nullptr;
     QAction *radioSetup = nullptr;
     QAction *disconnectRadio = nullptr;
+    QAction *connectRadio = nullptr;
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
     QAction *about = nullptr;

@@ -99,6 +99,9 @@ RadioPanel::~RadioPanel() = default;
 void RadioPanel::buildLayout()
 {
     auto *layout = new QVBoxLayout(this);
+    // Tight enough that the panel keeps every control whole at the window's minimum height.
+    layout->setContentsMargins(8, 6, 8, 6);
+    layout->setSpacing(3);
     layout->addWidget(m_frequency);
     layout->addWidget(m_mode);
     auto *divider = new QFrame(this);
@@ -107,12 +110,14 @@ void RadioPanel::buildLayout()
     layout->addWidget(divider);
 
     auto *grid = new QGridLayout();
-    grid->setHorizontalSpacing(4);
+    grid->setHorizontalSpacing(6);
+    grid->setVerticalSpacing(3);
     const auto caption = [this](const QString &text) { return makeLabel(text, "radioCtrlLabel", this); };
     const auto row = [grid](QLabel *label, std::initializer_list<QWidget *> widgets) {
         const int at = grid->rowCount();
         grid->addWidget(label, at, 0);
         auto *line = new QHBoxLayout();
+        line->setSpacing(4);
         for (QWidget *widget : widgets)
             line->addWidget(widget);
         grid->addLayout(line, at, 1);

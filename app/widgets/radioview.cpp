@@ -17,6 +17,11 @@ RadioView::RadioView(const RadioRouter *router, RadioPanel *panel, WindowLabels 
     connect(router, &RadioRouter::rigDisconnected, this, &RadioView::rigDisconnected);
     connect(router, &RadioRouter::bridgeLinked, this, &RadioView::bridgeLinked);
     connect(router, &RadioRouter::bridgeUnlinked, this, &RadioView::bridgeUnlinked);
+    connect(router, &RadioRouter::bridgeEnabledChanged, this, [this](bool enabled) {
+        // Switched on, it retries until linked; switched off, the label goes.
+        if (!m_router->isBridgeActive())
+            m_labels.showBridgeRetrying(enabled);
+    });
     connect(router, &RadioRouter::bridgeRigConnectionChanged, this,
             [this](bool connected) { m_labels.showBridgeRig(connected); });
     connect(router, &RadioRouter::frequencyChanged, this, &RadioView::frequencyChanged);
@@ -47,7 +52,7 @@ void RadioView::bridgeLinked()
 
 void RadioView::bridgeUnlinked()
 {
-    m_labels.showBridgeUnlinked(m_router->isRigConnected());
+    m_labels.showBridgeUnlinked(m_router->isRigConnected(), m_router->isBridgeEnabled());
     m_statusBar->showMessage(
         QStringLiteral("Lampwick bridge disconnected — reverting to direct radio control."), 5000);
 }

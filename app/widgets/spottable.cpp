@@ -6,6 +6,28 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
+namespace {
+
+// Marks the span of the operator's own input.
+class OperatorInput final
+{
+public:
+    OperatorInput(int &depth, bool active)
+        : m_depth(depth)
+        , m_active(active)
+    {
+        m_depth += m_active ? 1 : 0;
+    }
+    ~OperatorInput() { m_depth -= m_active ? 1 : 0; }
+    Q_DISABLE_COPY_MOVE(OperatorInput)
+
+private:
+    int &m_depth;
+    bool m_active;
+};
+
+} // namespace
+
 SpotTable::SpotTable(QAbstractItemModel *model, QWidget *parent)
     : QTableView(parent)
 {
@@ -17,6 +39,8 @@ SpotTable::SpotTable(QAbstractItemModel *model, QWidget *parent)
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setAlternatingRowColors(true);
     setWordWrap(false);
+    // Tab leaves the table for the next control instead of walking its cells.
+    setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(22);
     // Fixed starting widths: fitting columns to their contents would measure
@@ -38,25 +62,14 @@ int SpotTable::selectedRow() const
     return rows.isEmpty() ? -1 : rows.first().row();
 }
 
-void SpotTable::selectViewRow(int row)
+void SpotTable::selectViewRow(int row, bool byOperator)
 {
     const QModelIndex index = model()->index(row, 0);
+    const OperatorInput deliberate(m_deliberate, true);
+    const OperatorInput input(m_operatorInput, byOperator);
     selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
     scrollTo(index);
-}
-
-bool SpotTable::stepSelection(int step)
-{
-    const int rows = model()->rowCount();
-    if (rows == 0)
-        return false;
-    const int current = selectedRow();
-    if (current < 0)
-        selectViewRow(step > 0 ? 0 : rows - 1);
-    else
-        selectViewRow(qBound(0, current + step, rows - 1));
-    return true;
 }
 
 void SpotTable::showDistanceColumns(bool shown)
@@ -73,5 +86,34 @@ void SpotTable::keyPressEvent(QKeyEvent *event)
         event->ignore();
         return;
     }
+    if (event->key() == Qt::Key_Slash && event->modifiers() == Qt::NoModifier) {
+        emit searchRequested();
+        return;
+    }
+    const OperatorInput deliberate(m_deliberate, true);
+    const OperatorInput input(m_operatorInput, true);
     QTableView::keyPressEvent(event);
+}
+
+void SpotTable::mousePressEvent(QMouseEvent *event)
+{
+    const OperatorInput deliberate(m_deliberate, true);
+    const OperatorInput input(m_operatorInput, true);
+    QTableView::mousePressEvent(event);
+}
+
+QItemSelectionModel::SelectionFlags SpotTable::selectionCommand(const QModelIndex &index,
+                                                                const QEvent *event) const
+{
+    // When the selected row leaves the view, Qt moves the current row to a
+    // neighbour and would select it: a station the operator never chose.
+    if (!event && m_operatorInput == 0)
+        return QItemSelectionModel::NoUpdate;
+    return QTableView::selectionCommand(index, event);
+}
+
+void SpotTable::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    emit spotSelectionChanged(m_operatorInput > 0, m_deliberate == 0);
 }

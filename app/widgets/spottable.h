@@ -17,13 +17,30 @@ public:
 
     // The selected row of the view, or -1.
     int selectedRow() const;
-    // Selects the whole row, clearing any other, and scrolls to it.
-    void selectViewRow(int row);
-    // The next (step 1) or previous (step -1) row, clamped; with nothing
-    // selected the first or the last. False on an empty view.
-    bool stepSelection(int step);
+    // Selects the whole row, clearing any other, and scrolls to it; byOperator
+    // says the operator chose it (a selection that may move the radio).
+    void selectViewRow(int row, bool byOperator = false);
     void showDistanceColumns(bool shown);
+
+signals:
+    // The selected row changed: by the operator's input, by a call of
+    // selectViewRow, or by the model changing under the view (rows filtered
+    // away), in which case the model is mid-change and receivers must wait
+    // for it to settle before they look.
+    void spotSelectionChanged(bool byOperator, bool duringModelChange);
+    // "/" pressed: the operator wants the search field.
+    void searchRequested();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
+                                                         const QEvent *event = nullptr) const override;
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+
+private:
+    // Above zero while the operator's own input is being handled, and while
+    // any selection is being made on purpose.
+    int m_operatorInput = 0;
+    int m_deliberate = 0;
 };

@@ -36,13 +36,13 @@ void WindowLabels::addToStatusBar(QStatusBar *bar)
     bar->addWidget(m_statusBarRadio, 0);
     m_statusSpots = makeLabel(QStringLiteral("No spots"), "statusSpots", bar);
     m_statusSpots->setAlignment(Qt::AlignCenter);
-    bar->addWidget(m_statusSpots, 1);
+    // Permanent, so that a passing message never hides the counts.
+    bar->addPermanentWidget(m_statusSpots, 1);
     m_statusRefresh =
         makeLabel(QStringLiteral("Last refresh: not yet (the scribes are en route…)"), "statusRefresh", bar);
     m_statusRefresh->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     bar->addPermanentWidget(m_statusRefresh);
     m_statusBridge = makeLabel(QStringLiteral("LW: linked"), "statusBridge", bar);
-    m_statusBridge->setStyleSheet(QStringLiteral("color: #7fbf7f; font-weight: bold; padding: 0 8px;"));
     bar->addPermanentWidget(m_statusBridge);
     m_statusBridge->hide();
     m_statusSources = makeLabel(QString(), "statusSources", bar);
@@ -97,13 +97,22 @@ void WindowLabels::showRigConnected(bool connected)
 void WindowLabels::showBridgeLinked()
 {
     m_statusBarRadio->setText(QStringLiteral("Radio: Connected (via Lampwick)"));
+    m_statusBridge->setText(QStringLiteral("LW: linked"));
+    m_statusBridge->setStyleSheet(QStringLiteral("color: #7fbf7f; font-weight: bold; padding: 0 8px;"));
     m_statusBridge->show();
 }
 
-void WindowLabels::showBridgeUnlinked(bool rigConnected)
+void WindowLabels::showBridgeUnlinked(bool rigConnected, bool bridgeEnabled)
 {
-    m_statusBridge->hide();
+    showBridgeRetrying(bridgeEnabled);
     m_statusBarRadio->setText(rigConnected ? QStringLiteral("Radio: Connected") : unconfigured());
+}
+
+void WindowLabels::showBridgeRetrying(bool retrying)
+{
+    m_statusBridge->setText(QStringLiteral("LW: not linked — retrying"));
+    m_statusBridge->setStyleSheet(QStringLiteral("color: #c9a84c; padding: 0 8px;"));
+    m_statusBridge->setVisible(retrying);
 }
 
 void WindowLabels::showBridgeRig(bool connected)

@@ -32,7 +32,10 @@ public:
     void showRigConnected(bool connected);
     // The companion program has the radio, or gave it back.
     void showBridgeLinked();
-    void showBridgeUnlinked(bool rigConnected);
+    // bridgeEnabled: the bridge keeps retrying, and the label says so.
+    void showBridgeUnlinked(bool rigConnected, bool bridgeEnabled);
+    // The bridge was switched on or off while it has no link.
+    void showBridgeRetrying(bool retrying);
     // What the companion program says of its own rig.
     void showBridgeRig(bool connected);
 

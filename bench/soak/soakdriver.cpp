@@ -395,7 +395,7 @@ int Soak::report()
     const int marks = marksFound(m_home.path(), m_expected);
     const int logs = logLinesFound(m_home.path(), m_expected, &logLines);
     const LateMemory late = lateMemory(m_report.floodRss, m_options.seconds);
-    const auto mb = [](qint64 kb) {
+    const auto mb = [](qint64 kb) -> QString {
         return QString::number(double(kb) / 1024.0, 'f', 1) + QStringLiteral(" MB");
     };
     // Characters, not bytes, but near enough for text that is nearly all ASCII.

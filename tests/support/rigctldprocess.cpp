@@ -5,6 +5,11 @@
 #include <QTcpSocket>
 #include <QTest>
 
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <sys/prctl.h>
+#endif
+
 namespace {
 
 quint16 freeLoopbackPort()
@@ -41,8 +46,13 @@ bool RigctldProcess::start(quint16 port)
         return false;
     }
     m_process.setProgram(program);
-    m_process.setArguments({QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
-                            QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(m_port)});
+    m_process.setArguments({QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-P"),
+                            QStringLiteral("RIG"), QStringLiteral("-T"), QStringLiteral("127.0.0.1"),
+                            QStringLiteral("-t"), QString::number(m_port)});
+#ifdef Q_OS_LINUX
+    // A test that aborts takes its daemon with it.
+    m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+#endif
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.start();
@@ -60,6 +70,7 @@ bool RigctldProcess::start(quint16 port)
 
 void RigctldProcess::stop()
 {
+    m_link.abort();
     if (m_process.state() == QProcess::NotRunning)
         return;
     m_process.kill();
@@ -72,4 +83,20 @@ RigConfig RigctldProcess::rigConfig() const
     config.rigModel = 2; // Hamlib's NET rigctl
     config.port = QStringLiteral("127.0.0.1:%1").arg(m_port);
     return config;
+}
+
+QStringList RigctldProcess::ask(const QByteArray &command, int replyLines)
+{
+    if (m_link.state() != QAbstractSocket::ConnectedState) {
+        m_link.connectToHost(QHostAddress::LocalHost, m_port);
+        if (!m_link.waitForConnected(5000))
+            return {};
+    }
+    m_link.write(command + '\n');
+    QStringList lines;
+    while (lines.size() < replyLines && (m_link.canReadLine() || m_link.waitForReadyRead(5000))) {
+        while (lines.size() < replyLines && m_link.canReadLine())
+            lines << QString::fromLatin1(m_link.readLine()).trimmed();
+    }
+    return lines;
 }

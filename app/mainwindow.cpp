@@ -17,6 +17,7 @@
 #include "app/widgets/alertcenter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/mapdocks.h"
 #include "app/widgets/radiopanel.h"
 #include "app/widgets/radioview.h"
 #include "app/widgets/sourcesview.h"
@@ -81,6 +82,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
+    m_coords->setServiceUrls(services.parkPositions, services.summitPositions);
     ensureTallisDir();
     setupUi();
     setupStatusBar();
@@ -217,6 +219,7 @@ void MainWindow::setupCentralWidget()
     connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
     m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
+    setupMapDocks();
 }
 
 void MainWindow::setupStatusBar()
@@ -332,6 +335,7 @@ void MainWindow::createDxFetchers()
         connect(dx, &DxClusterFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
         connect(dx, &DxClusterFetcher::connectionChanged, this, &MainWindow::onDxConnectionChanged);
     });
+    m_sourceHealth->watchClusters(m_dxClusters.clients());
 }
 
 void MainWindow::onSelectionChanged(bool byOperator)
@@ -340,12 +344,14 @@ void MainWindow::onSelectionChanged(bool byOperator)
     const int row = m_ui.table->selectedRow();
     if (row < 0) {
         m_selection.lose();
+        m_mapDocks->setSelectedKey(QString());
         m_model->setHighlightGroup(0);
         return m_ui.detailPanel->clear();
     }
     const StationSpot spot = m_model->spotAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row());
     m_selection.setSelectedKey(spot.key());
     m_selection.rememberRow(row);
+    m_mapDocks->setSelectedKey(spot.key());
     m_model->setHighlightGroup(spot.groupId);
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
@@ -407,7 +413,8 @@ void MainWindow::applyPreferences()
     else
         m_model->clearUserLocation();
     m_ui.table->showDistanceColumns(s.hasUserLocation);
-    m_coords->setLookupsEnabled(s.hasUserLocation);
+    m_mapDocks->applySettings(s);
+    updateCoordLookups();
     m_logbook->configure(s.logTargets, AdifStation{s.callsign, s.hasUserLocation, s.latitude, s.longitude});
 }
 

@@ -20,6 +20,7 @@ class HamlibController;
 class HamlibLink;
 class LogbookForwarder;
 class LwClient;
+class MapDocks;
 class PotaSpotFetcher;
 class QNetworkAccessManager;
 class QThread;
@@ -127,6 +128,8 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupStatusBar();
+    // The map and the band map, in docks under the View menu.
+    void setupMapDocks();
     void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
@@ -150,6 +153,10 @@ private:
     void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // As a click would: the window comes forward and the row is selected.
     void selectSpot(const QString &key);
+    // The operator picked the spot in a view other than the table: selected, and so tuned.
+    void selectSpotByOperator(const QString &key);
+    // Positions are looked up while there is a home to measure from or a map to draw them on.
+    void updateCoordLookups();
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
     // Ctrl+F and "/": the search field, its text selected.
@@ -205,4 +212,5 @@ private:
     RadioPanel *m_radioPanel = nullptr;
     RadioView *m_radioView = nullptr;
     SourcesView *m_sourcesView = nullptr;
+    MapDocks *m_mapDocks = nullptr;
 };

@@ -64,6 +64,7 @@ void MainWindow::onRadioSetup()
 void MainWindow::onDxClusterSetup()
 {
     DxClustersDialog dialog(m_settings.dxClusters, this);
+    dialog.followClients(m_dxClusters);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.dxClusters = dialog.clusters();

@@ -7,6 +7,7 @@
 #include "app/dialogs/windowdialogs.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
+#include "app/widgets/mapdocks.h"
 #include "app/widgets/radiopanel.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
@@ -32,6 +33,7 @@ void MainWindow::wireRadioEvents()
     connect(m_radio, &RadioRouter::frequencyChanged, m_wsServer, &WsServer::pushRadioFrequency);
     connect(m_radio, &RadioRouter::bridgeLinked, m_wsServer, &WsServer::pushLwConnected);
     connect(m_radio, &RadioRouter::bridgeUnlinked, m_wsServer, &WsServer::pushLwDisconnected);
+    m_mapDocks->followRadio(m_radio);
 }
 
 void MainWindow::wireRadioPanel()

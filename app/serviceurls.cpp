@@ -1,5 +1,6 @@
 #include "app/serviceurls.h"
 
+#include "app/coordinatecache.h"
 #include "app/logbook/qrzsender.h"
 #include "sources/websource.h"
 
@@ -14,14 +15,19 @@ QUrl defaultUrl(StationSpot::Source source)
 
 ServiceUrls ServiceUrls::defaults()
 {
-    return ServiceUrls{defaultUrl(StationSpot::POTA), defaultUrl(StationSpot::SOTA),
-                       defaultUrl(StationSpot::WWFF), defaultUrl(StationSpot::WWBOTA),
-                       defaultUrl(StationSpot::GMA),  QrzSender::defaultApiUrl()};
+    return ServiceUrls{defaultUrl(StationSpot::POTA),
+                       defaultUrl(StationSpot::SOTA),
+                       defaultUrl(StationSpot::WWFF),
+                       defaultUrl(StationSpot::WWBOTA),
+                       defaultUrl(StationSpot::GMA),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
+                       QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl)),
+                       QrzSender::defaultApiUrl()};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
     QUrl qrz = base;
     qrz.setPath(QStringLiteral("/api"));
-    return ServiceUrls{base, base, base, base, base, qrz};
+    return ServiceUrls{base, base, base, base, base, base, base, qrz};
 }

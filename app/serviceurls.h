@@ -11,6 +11,9 @@ struct ServiceUrls
     QUrl wwff;
     QUrl wwbota;
     QUrl gma;
+    // The programmes' position services for parks and summits.
+    QUrl parkPositions;
+    QUrl summitPositions;
     QUrl qrzLogbook; // the QRZ Logbook API, whole address
 
     static ServiceUrls defaults();

@@ -258,6 +258,7 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.confirmLog = json.value(key("confirmLog")).toBool(d.confirmLog);
     s.workedAdifFiles = stringList(json.value(key("workedAdifFiles")));
     s.logTargets = LogTarget::listFromJson(json.value(key("logTargets")));
+    s.bandPlanRegion = clampedInt(json.value(key("bandPlanRegion")), d.bandPlanRegion, 0, 3);
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
     s.windowState = blobValue(json.value(key("windowState")));
@@ -301,6 +302,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("confirmLog"), s.confirmLog},
         {key("workedAdifFiles"), toJsonArray(s.workedAdifFiles)},
         {key("logTargets"), LogTarget::listToJson(s.logTargets)},
+        {key("bandPlanRegion"), s.bandPlanRegion},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},
         {key("splitterState"), blobText(s.splitterState)},

@@ -67,6 +67,8 @@ struct AppSettings
     QStringList workedAdifFiles;
     // Where each logged contact is sent: UDP listeners and online logbooks, with their keys.
     QList<LogTarget> logTargets;
+    // The IARU region of the band map's plan, 1 to 3; 0 takes the own call's continent.
+    int bandPlanRegion = 0;
 
     // Opaque layout blobs from saveGeometry()/saveState(); empty when never saved.
     QByteArray windowGeometry;

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Draws docs/screenshot.png: the real main window, offscreen, with a few dozen
 # spots of every programme served from a local HTTP server, a dummy rig
-# following the selection and one station marked heard.
+# following the selection and one station marked heard; then
+# docs/screenshot-map.png: the same window with the map and the band map
+# shown and a far station picked.
 #
-#   bash scripts/screenshot.sh [output.png]
+#   bash scripts/screenshot.sh [output.png]     (the map picture beside it, as *-map.png)
 #
 # Where user namespaces are allowed it runs in a private network namespace, so
 # nothing (the update check, position look-ups) leaves the machine.
@@ -11,7 +13,7 @@ set -euo pipefail
 
 if [ "${1:-}" = "--inside" ]; then
   # Second stage: $work holds the home and the served files.
-  work="$2" tool="$3" out="$4"
+  work="$2" tool="$3" out="$4" mapout="$5"
   ip link set lo up 2>/dev/null || true
   port="$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')"
   python3 -m http.server --bind 127.0.0.1 --directory "$work/www" "$port" >/dev/null 2>&1 &
@@ -21,12 +23,13 @@ if [ "${1:-}" = "--inside" ]; then
     python3 -c "import socket; socket.create_connection(('127.0.0.1', $port), 0.2)" 2>/dev/null && break
     sleep 0.1
   done
-  HOME="$work/home" QT_QPA_PLATFORM=offscreen "$tool" "http://127.0.0.1:$port" "$out"
+  HOME="$work/home" QT_QPA_PLATFORM=offscreen "$tool" "http://127.0.0.1:$port" "$out" "$mapout"
   exit
 fi
 
 source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
 out="$(realpath -m "${1:-$root/docs/screenshot.png}")"
+mapout="${out%.png}-map.png"
 echo "==> Building the screenshot tool"
 cmake --build "$build" -j"$(nproc)" --target tallis_screenshot
 
@@ -83,6 +86,13 @@ sota = [  # call, summit, name, MHz, mode, minutes ago, spotter, comment
     ("K1ABC", "W1/HA-001", "Mount Washington", 146.52, "FM", 19, "N1XYZ", "2m FM"),
     ("GM4ZFZ/P", "GM/SS-030", "Ben Lomond", 5.3665, "CW", 24, "MM0XPZ", "60m"),
 ]
+summits = {  # where the map's position look-up finds them
+    "G/LD-003": (54.527, -3.016), "HB/BE-123": (46.645, 7.651), "W7A/AP-005": (33.684, -111.325),
+    "EA2/NV-084": (42.95, -1.62), "VK2/HU-093": (-32.89, 151.54), "OE/OO-237": (47.78, 13.50),
+    "W1/HA-001": (44.271, -71.303), "GM/SS-030": (56.190, -4.633),
+}
+for ref, (lat, lon) in summits.items():
+    put("api/summits/" + ref, {"latitude": lat, "longitude": lon})
 put("api/spots/epoch", "screenshot")
 put("api/spots/-72", [
     {"activatorCallsign": c, "summitCode": r, "summitName": n, "frequency": f, "mode": m,
@@ -137,9 +147,9 @@ echo "==> Drawing $out"
 tool="$build/tools/tallis_screenshot"
 self="$(realpath "${BASH_SOURCE[0]}")"
 if unshare -rn true 2>/dev/null; then
-  unshare -rn bash "$self" --inside "$work" "$tool" "$out"
+  unshare -rn bash "$self" --inside "$work" "$tool" "$out" "$mapout"
 else
   echo "    (no private network namespace here: running in the ordinary one)"
-  bash "$self" --inside "$work" "$tool" "$out"
+  bash "$self" --inside "$work" "$tool" "$out" "$mapout"
 fi
-echo "==> Wrote $out"
+echo "==> Wrote $out and $mapout"

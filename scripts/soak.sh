@@ -6,10 +6,17 @@
 #   3. the real program's start-up to its first API "hello", 5 runs, in an
 #      empty network namespace where the system allows one.
 # Prints every figure; fails when a reply, mark or log line was lost.
-#   bash scripts/soak.sh [SECONDS]      (default 60)
+#   bash scripts/soak.sh [SECONDS] [--docks]   (default 60 s; --docks shows the map and band map)
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
-seconds="${1:-60}"
+seconds=60
+docks=()
+for arg in "$@"; do
+  case "$arg" in
+    --docks) docks=(--docks) ;;
+    *) seconds="$arg" ;;
+  esac
+done
 
 echo "==> Building tallis and tallis_soak"
 cmake --build "$build" -j"$(nproc)" --target tallis tallis_soak
@@ -17,9 +24,9 @@ soak="$build/bench/soak/tallis_soak"
 [ -x "$soak" ] || { echo "error: tallis_soak was not built (is Google Benchmark installed?)" >&2; exit 1; }
 
 echo "==> Soak 1: 500 calls"
-"$soak" --spots 5000 --calls 500 --seconds "$seconds"
+"$soak" --spots 5000 --calls 500 --seconds "$seconds" "${docks[@]}"
 echo "==> Soak 2: 20,000 calls"
-"$soak" --spots 8000 --calls 20000 --seconds "$seconds"
+"$soak" --spots 8000 --calls 20000 --seconds "$seconds" "${docks[@]}"
 
 echo "==> Start-up time"
 if unshare -rn sh -c 'ip link set lo up' >/dev/null 2>&1; then

@@ -116,6 +116,9 @@ void DxClusterFetcher::connectToCluster()
     if (!canStartConnection())
         return;
     m_stopped = false;
+    // Asked again while backing off, the node is still as unreachable as it was.
+    if (m_outcome != Outcome::Unreachable)
+        setOutcome(Outcome::Connecting);
     startConnection();
 }
 
@@ -123,6 +126,13 @@ void DxClusterFetcher::disconnectFromCluster()
 {
     m_stopped = true;
     stopSession();
+    setOutcome(Outcome::Off);
+}
+
+void DxClusterFetcher::reconnectNow()
+{
+    if (isRefused())
+        connectToCluster();
 }
 
 void DxClusterFetcher::onReconnectTimer()
@@ -189,6 +199,19 @@ QString DxClusterFetcher::addressText() const
     return QStringLiteral("%1:%2").arg(m_host).arg(m_port);
 }
 
+void DxClusterFetcher::setOutcome(Outcome outcome, const QString &text)
+{
+    if (outcome == m_outcome && text == m_outcomeText)
+        return;
+    // The time is when this kind of outcome began: a node failing with a new
+    // error text has been unreachable since the first.
+    if (outcome != m_outcome)
+        m_outcomeAtMs = m_clock();
+    m_outcome = outcome;
+    m_outcomeText = text;
+    emit outcomeChanged();
+}
+
 QString DxClusterFetcher::loginCall() const
 {
     return m_callsign.isEmpty() ? QStringLiteral("GUEST") : m_callsign;
@@ -224,8 +247,12 @@ void DxClusterFetcher::onSocketDisconnected()
     if (oldState == LoggingIn || oldState == LoggedIn ||
         m_socket->error() == QAbstractSocket::RemoteHostClosedError)
         emit connectionChanged(false);
-    if (!m_stopped)
-        scheduleReconnect();
+    if (m_stopped)
+        return;
+    scheduleReconnect();
+    setOutcome(Outcome::Unreachable, m_socket->error() == QAbstractSocket::UnknownSocketError
+                                         ? QStringLiteral("connection closed")
+                                         : m_socket->errorString());
 }
 
 bool DxClusterFetcher::refusedBeforeClosing()
@@ -247,6 +274,7 @@ void DxClusterFetcher::onSocketError(QAbstractSocket::SocketError socketError)
     if (m_state != LoggedIn && !m_stopped) {
         m_state = Disconnected;
         scheduleReconnect();
+        setOutcome(Outcome::Unreachable, m_socket->errorString());
     }
 }
 
@@ -361,9 +389,12 @@ void DxClusterFetcher::rejectLogin(const QString &line)
 {
     emit fetchError(QStringLiteral("%1 \u2014 login rejected: %2").arg(addressText(), line));
     m_stopped = true;
-    // The session ends here; the closing socket has nothing more to report.
-    const QSignalBlocker quiet(m_socket);
-    stopSession();
+    {
+        // The session ends here; the closing socket has nothing more to report.
+        const QSignalBlocker quiet(m_socket);
+        stopSession();
+    }
+    setOutcome(Outcome::Refused, line);
 }
 
 bool DxClusterFetcher::acceptOrReject(const QString &line)
@@ -377,7 +408,10 @@ bool DxClusterFetcher::acceptOrReject(const QString &line)
     m_loggedInAtMs = m_clock();
     m_socket->write("SET/DX\r\n");
     emit connectionChanged(true);
-    return m_state == LoggedIn; // a receiver may have ended the session
+    if (m_state != LoggedIn)
+        return false; // a receiver ended the session
+    setOutcome(Outcome::LoggedIn);
+    return m_state == LoggedIn;
 }
 
 void DxClusterFetcher::processLine(const QString &rawLine)

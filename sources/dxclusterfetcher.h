@@ -78,6 +78,17 @@ public:
     int reconnectIntervalMs() const;
     int nextReconnectDelayMs() const { return m_reconnectDelayMs; }
 
+    // How the node last answered. Connecting stands from the operator's
+    // request until the first answer; an automatic retry keeps the failure it
+    // retries, so a node backing off stays unreachable until it lets us in.
+    enum class Outcome : int { Off, Connecting, LoggedIn, Refused, Unreachable };
+    Outcome outcome() const { return m_outcome; }
+    // The node's refusal line or the socket's error text; empty otherwise.
+    QString outcomeText() const { return m_outcomeText; }
+    qint64 outcomeAtMs() const { return m_outcomeAtMs; }
+    // Stopped by the node's refusal: nothing retries until the operator asks.
+    bool isRefused() const { return m_outcome == Outcome::Refused; }
+
     // Text received after the last line feed, waiting for the rest of its line.
     qsizetype bufferedChars() const { return m_buffer.size(); }
 
@@ -94,12 +105,17 @@ public:
 public slots:
     void connectToCluster();
     void disconnectFromCluster();
+    // Lifts a refusal's stop and connects at once; does nothing otherwise, so
+    // a node the operator switched off stays off.
+    void reconnectNow();
 
 signals:
     void spotsReady(QList<StationSpot> spots);
     void fetchError(QString error);
     void fetchStarted();
     void connectionChanged(bool connected);
+    // outcome() changed, once the client has settled into its new state.
+    void outcomeChanged();
 
 private slots:
     void onSocketConnected();
@@ -129,6 +145,7 @@ private:
     void endSessionState();
     void scheduleReconnect();
     QString addressText() const;
+    void setOutcome(Outcome outcome, const QString &text = QString());
 
     QTcpSocket *m_socket;
     QTimer *m_reconnectTimer;
@@ -148,4 +165,7 @@ private:
     qint64 m_connectedAtMs = 0;
     qint64 m_loggedInAtMs = 0;
     State m_state = Disconnected;
+    Outcome m_outcome = Outcome::Off;
+    QString m_outcomeText;
+    qint64 m_outcomeAtMs = 0;
 };

@@ -51,3 +51,11 @@ bool DxClusterPool::anyConnected() const
     return std::any_of(m_clients.cbegin(), m_clients.cend(),
                        [](const DxClusterFetcher *client) { return client->isConnected(); });
 }
+
+DxClusterFetcher *DxClusterPool::client(const DxClusterEntry &node) const
+{
+    const auto it = std::find_if(m_clients.cbegin(), m_clients.cend(), [&node](const DxClusterFetcher *c) {
+        return c->port() == node.port && c->host() == node.host;
+    });
+    return it != m_clients.cend() ? *it : nullptr;
+}

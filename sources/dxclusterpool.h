@@ -43,6 +43,8 @@ public:
     void setCallsign(const QString &callsign) const;
     bool anyConnected() const;
     const QList<DxClusterFetcher *> &clients() const { return m_clients; }
+    // The client logging into that node, or none.
+    DxClusterFetcher *client(const DxClusterEntry &node) const;
 
 private:
     QObject *m_owner;

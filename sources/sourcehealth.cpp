@@ -1,5 +1,6 @@
 #include "sources/sourcehealth.h"
 
+#include "sources/dxclusterfetcher.h"
 #include "sources/spotfetcher.h"
 
 #include <QDateTime>
@@ -68,6 +69,19 @@ void SourceHealth::watch(SpotFetcher *fetcher, const QString &name)
     emit changed();
 }
 
+void SourceHealth::watchClusters(const QList<DxClusterFetcher *> &clients)
+{
+    for (DxClusterFetcher *client : std::as_const(m_clusters))
+        disconnect(client, nullptr, this, nullptr);
+    m_clusters = clients;
+    for (DxClusterFetcher *client : clients) {
+        connect(client, &DxClusterFetcher::outcomeChanged, this, &SourceHealth::changed);
+        // As with the web sources: a client that goes is forgotten quietly.
+        connect(client, &QObject::destroyed, this, [this, client] { m_clusters.removeAll(client); });
+    }
+    emit changed();
+}
+
 SourceHealth::Record *SourceHealth::find(const SpotFetcher *fetcher)
 {
     const auto it = std::find_if(m_records.begin(), m_records.end(),
@@ -77,9 +91,12 @@ SourceHealth::Record *SourceHealth::find(const SpotFetcher *fetcher)
 
 int SourceHealth::failingCount() const
 {
-    return int(std::count_if(m_records.cbegin(), m_records.cend(), [](const Record &record) {
+    const auto web = std::count_if(m_records.cbegin(), m_records.cend(), [](const Record &record) {
         return record.failing && record.fetcher->isAutoRefreshing();
-    }));
+    });
+    const auto clusters = std::count_if(m_clusters.cbegin(), m_clusters.cend(),
+                                        [](const DxClusterFetcher *client) { return isFailing(*client); });
+    return int(web + clusters);
 }
 
 QString SourceHealth::labelText() const
@@ -94,6 +111,8 @@ QString SourceHealth::toolTip() const
     QStringList lines;
     for (const Record &record : m_records)
         lines << describe(record);
+    for (const DxClusterFetcher *client : m_clusters)
+        lines << describe(*client);
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -114,4 +133,29 @@ QString SourceHealth::describe(const Record &record)
                     .arg(record.failing ? QStringLiteral("failing") : QStringLiteral("last error"),
                          localTime(record.lastErrorMs), record.lastError);
     return line;
+}
+
+bool SourceHealth::isFailing(const DxClusterFetcher &client)
+{
+    return client.outcome() == DxClusterFetcher::Outcome::Refused ||
+           client.outcome() == DxClusterFetcher::Outcome::Unreachable;
+}
+
+QString SourceHealth::describe(const DxClusterFetcher &client)
+{
+    const QString node = QStringLiteral("DX %1:%2: ").arg(client.host()).arg(client.port());
+    const QString at = localTime(client.outcomeAtMs());
+    switch (client.outcome()) {
+    case DxClusterFetcher::Outcome::Off:
+        return node + QStringLiteral("off");
+    case DxClusterFetcher::Outcome::Connecting:
+        return node + QStringLiteral("connecting");
+    case DxClusterFetcher::Outcome::LoggedIn:
+        return node + QStringLiteral("logged in since %1").arg(at);
+    case DxClusterFetcher::Outcome::Refused:
+        return node + QStringLiteral("refused at %1: %2").arg(at, client.outcomeText());
+    case DxClusterFetcher::Outcome::Unreachable:
+        return node + QStringLiteral("unreachable since %1: %2").arg(at, client.outcomeText());
+    }
+    return node;
 }

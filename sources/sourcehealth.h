@@ -6,12 +6,15 @@
 
 #include <functional>
 
+class DxClusterFetcher;
 class SpotFetcher;
 
-// How the web spot sources have been answering: per source the last good
-// answer (when, how many spots) and the last error (when, what), summed up
-// for a status-bar label. A source counts as failing while its last tick
-// ended in an error; one that is not polling (switched off) never does.
+// How the spot sources have been answering, summed up for a status-bar label.
+// Per web source the last good answer (when, how many spots) and the last
+// error (when, what); a web source counts as failing while its last tick ended
+// in an error, one that is not polling (switched off) never does. Per DX
+// cluster node its last outcome; a node counts as failing while it is refused
+// or unreachable, not while it is connecting, logged in or switched off.
 class SourceHealth final : public QObject
 {
     Q_OBJECT
@@ -27,6 +30,9 @@ public:
     void setClock(Clock clock);
     // Follows the fetcher's signals until it is destroyed; listed in watch order.
     void watch(SpotFetcher *fetcher, const QString &name);
+    // Follows these cluster clients instead of any followed before, each node
+    // an entry of its own ("DX host:port"), after the web sources.
+    void watchClusters(const QList<DxClusterFetcher *> &clients);
 
     int failingCount() const;
     // "Sources: all answering" or "Sources: N failing".
@@ -52,7 +58,10 @@ private:
 
     Record *find(const SpotFetcher *fetcher);
     static QString describe(const Record &record);
+    static bool isFailing(const DxClusterFetcher &client);
+    static QString describe(const DxClusterFetcher &client);
 
     Clock m_clock;
     QList<Record> m_records;
+    QList<DxClusterFetcher *> m_clusters;
 };

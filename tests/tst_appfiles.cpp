@@ -38,7 +38,7 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     {"type":"n1mm","enabled":true,"host":"10.0.0.7","port":12061},{"type":"adif","enabled":true,
     "host":"127.0.0.1","port":2333},{"type":"wavelog","enabled":true,"url":"https:\/\/log.example.org\/index.php",
     "key":"wl-secret","stationId":"2"},{"type":"qrz","enabled":false,"key":"ABCD-1234"}],
-    "windowGeometry":"AdkAAP4=","windowState":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA/4A=",
+    "bandPlanRegion":1,"windowGeometry":"AdkAAP4=","windowState":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA/4A=",
     "splitterState":"c3BsaXR0ZXIKDQk="})";
 
 QJsonObject parse(const QByteArray &json)
@@ -127,13 +127,13 @@ private slots:
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<QByteArray>("expected");
         addRow("below range", R"({"refreshIntervalSecs":10,"maxAgeMins":0,"wsPort":80,"lwPort":-5,
-            "statusFilter":-1,"sortColumn":-3,"sortOrder":-4})",
+            "statusFilter":-1,"sortColumn":-3,"sortOrder":-4,"bandPlanRegion":-2})",
                R"({"refreshIntervalSecs":60,"maxAgeMins":1,"wsPort":1024,
-            "lwPort":1024,"statusFilter":0,"sortColumn":0,"sortOrder":0})");
+            "lwPort":1024,"statusFilter":0,"sortColumn":0,"sortOrder":0,"bandPlanRegion":0})");
         addRow("above range", R"({"refreshIntervalSecs":99999,"maxAgeMins":1000,"wsPort":70000,"lwPort":1e300,
-            "statusFilter":9,"sortColumn":12,"sortOrder":0.5})",
+            "statusFilter":9,"sortColumn":12,"sortOrder":0.5,"bandPlanRegion":7})",
                R"({"refreshIntervalSecs":3600,"maxAgeMins":720,
-            "wsPort":65535,"lwPort":65535,"statusFilter":4,"sortColumn":9,"sortOrder":1})");
+            "wsPort":65535,"lwPort":65535,"statusFilter":4,"sortColumn":9,"sortOrder":1,"bandPlanRegion":3})");
         addRow("not numbers or fractional",
                R"({"refreshIntervalSecs":"90","maxAgeMins":45.9,"wsPort":[3000],"lwPort":{},
             "statusFilter":true,"sortColumn":"1","sortOrder":"0"})",

@@ -1,5 +1,6 @@
 #include "sources/dxcc.h"
 #include "sources/dxclusterfetcher.h"
+#include "sources/sourcehealth.h"
 #include "support/clustertestserver.h"
 #include "support/testmain.h"
 
@@ -275,6 +276,63 @@ private slots:
         server.dropClients(); // short again: the wait doubles from 5 s
         QTRY_COMPARE(connection.size(), 6);
         QCOMPARE(f.reconnectIntervalMs(), 10000);
+    }
+
+    // Each node is an entry of the sources' health: refused and unreachable fail,
+    // a retry does not make a failing node look healthy, and only a refusal
+    // waits for "Reconnect now".
+    void clusterHealth_data()
+    {
+        QTest::addColumn<QByteArray>("reply"); // empty: nobody listens
+        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<bool>("failing");
+        QTest::newRow("refused") << QByteArray("Sorry, your call is not registered")
+                                 << "refused at %1: Sorry, your call is not registered" << true;
+        QTest::newRow("unreachable") << QByteArray() << "unreachable since %1: Connection refused" << true;
+        QTest::newRow("logged in") << QByteArray("Hello N0CALL") << "logged in since %1" << false;
+    }
+
+    void clusterHealth()
+    {
+        QFETCH(QByteArray, reply);
+        QFETCH(bool, failing);
+        ClusterTestServer server;
+        QVERIFY(server.start());
+        reply.isEmpty() ? server.stopListening() : server.setLoginReply(reply + "\r\n", failing);
+        const qint64 now = QDateTime(QDate(2026, 11, 21), QTime(17, 0), Qt::UTC).toMSecsSinceEpoch();
+        DxClusterFetcher f(k_local, server.port(), QStringLiteral("N0CALL"));
+        f.setClock([now] { return now; });
+        SourceHealth health;
+        health.watchClusters({&f});
+        const QString node = QStringLiteral("DX 127.0.0.1:%1: ").arg(server.port());
+        const QString answering = QStringLiteral("Sources: all answering");
+        f.connectToCluster();
+        QCOMPARE(health.toolTip(), node + QStringLiteral("connecting"));
+        QCOMPARE(health.labelText(), answering);
+
+        const QString at =
+            QDateTime::fromMSecsSinceEpoch(now).toLocalTime().toString(QStringLiteral("HH:mm:ss"));
+        const QString outcome = node + fetched<QString>("outcome").arg(at);
+        QTRY_COMPARE(health.toolTip(), outcome);
+        const QString label = failing ? QStringLiteral("Sources: 1 failing") : answering;
+        QCOMPARE(health.labelText(), label);
+        QVERIFY(QMetaObject::invokeMethod(&f, "onReconnectTimer")); // a retry, if one is due
+        QCOMPARE(health.labelText(), label);
+        f.disconnectFromCluster();
+        QCOMPARE(health.toolTip(), node + QStringLiteral("off"));
+        QCOMPARE(health.labelText(), answering);
+        f.reconnectNow(); // switched off by the operator: stays off
+        QCOMPARE(f.state(), DxClusterFetcher::Disconnected);
+        if (reply.isEmpty())
+            return;
+
+        // Asked again, the node answers as before; a refusal is lifted only by asking.
+        f.connectToCluster();
+        QTRY_COMPARE(health.toolTip(), outcome);
+        QCOMPARE(server.connectionCount(), 2);
+        f.reconnectNow();
+        QTRY_COMPARE(server.connectionCount(), failing ? 3 : 2);
+        QTRY_COMPARE(health.toolTip(), outcome);
     }
 
     void hostileInput()

@@ -9,9 +9,11 @@
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
 #include "radio/hamliblink.h"
+#include "sources/dxclusterfetcher.h"
 #include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
 #include "support/apiclient.h"
+#include "support/clustertestserver.h"
 #include "support/rigctldprocess.h"
 #include "support/testmain.h"
 #include "support/windowfixture.h"
@@ -283,6 +285,34 @@ private slots:
         QCOMPARE(s.value(QStringLiteral("lwPort")).toInt(), 2110);
     }
 
+    // A refusal stays in sight in the sources' label, and the cluster dialog asks that node again.
+    void refusedClusterIsShownAndAskedAgain()
+    {
+        ClusterTestServer node;
+        QVERIFY(node.start());
+        node.setLoginReply("Sorry, your call is not registered\r\n", true);
+        writeSettings(QStringLiteral(R"({"callsign": "N0CALL", "sources": {"dx": true},
+            "dxClusters": [{"host": "127.0.0.1", "port": %1}]})")
+                          .arg(node.port())
+                          .toUtf8());
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSources"), QStringLiteral("Sources: 1 failing"), 5000);
+        const auto *sources = w.findChild<QLabel *>(QStringLiteral("statusSources"));
+        QVERIFY(sources->toolTip().contains(QStringLiteral(": refused at ")));
+        QVERIFY(runDialog<DxClustersDialog>(w, QStringLiteral("DX &Cluster Setup..."), [&w](QWidget &d) {
+            auto *reconnect = field<QPushButton>(d, "reconnectNowButton");
+            QVERIFY(!reconnect->isEnabled()); // no node chosen
+            field<QListWidget>(d, "dxClusterList")->setCurrentRow(0);
+            QVERIFY(reconnect->isEnabled());
+            reconnect->click();
+            QCOMPARE(w.findChild<DxClusterFetcher *>()->state(), DxClusterFetcher::Connecting);
+            QVERIFY(!reconnect->isEnabled());
+        }));
+        // The clients made anew are followed in place of the old.
+        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSources"), QStringLiteral("Sources: 1 failing"), 5000);
+        QCOMPARE(sources->toolTip().count(QStringLiteral("DX 127.0.0.1")), 1);
+    }
+
     void firstStartOffersTheDialogs_data()
     {
         QTest::addColumn<QString>("button");
@@ -309,7 +339,7 @@ private slots:
         const AppSettings original = SettingsFile::fromJson(QJsonDocument::fromJson(R"({"callsign": "G4ABC",
             "sotaRef": "G/LD-001", "maxAgeMins": 45, "refreshIntervalSecs": 120, "hasUserLocation": true,
             "latitude": 54.4542, "longitude": -3.2116, "watchCallsigns": ["W4GXX", "EA1AB"],
-            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000})")
+            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000, "bandPlanRegion": 3})")
                                                                 .object());
         PreferencesDialog dialog(Preferences::fromSettings(original));
         QVERIFY(!field<QComboBox>(dialog, "wsHostCombo")->isEnabled());

@@ -1,16 +1,21 @@
-// Renders the real main window into a PNG for the README. The spot services
-// are read from a local address given on the command line, and the stored
-// settings come from $HOME as always; see scripts/screenshot.sh, which
-// prepares both.
+// Renders the real main window into a PNG for the README, and with a second
+// name a second picture with the map and the band map shown. The spot and
+// position services are read from a local address given on the command line,
+// and the stored settings come from $HOME as always; see
+// scripts/screenshot.sh, which prepares both.
 //
-//   tallis_screenshot <services base URL> <output PNG>
+//   tallis_screenshot <services base URL> <output PNG> [<map output PNG>]
 
+#include "app/coordinatecache.h"
 #include "app/mainwindow.h"
 #include "app/serviceurls.h"
+#include "app/widgets/bandmapcanvas.h"
+#include "app/widgets/mapcanvas.h"
+#include "app/widgets/spottable.h"
 #include "model/stationspot.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
+#include <QDockWidget>
 #include <QElapsedTimer>
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -50,6 +55,44 @@ int fail(const QString &message)
     return 1;
 }
 
+// Both docks shown, a station far away picked on the map: its path from home
+// on the map, the rig on its frequency on the band map.
+int drawMapPicture(MainWindow &window, const QList<StationSpot> &spots, const QString &out)
+{
+    window.resize(1600, 1180);
+    auto *mapDock = window.findChild<QDockWidget *>(QStringLiteral("mapDock"));
+    auto *bandMapDock = window.findChild<QDockWidget *>(QStringLiteral("bandMapDock"));
+    auto *table = window.findChild<SpotTable *>(QStringLiteral("spotTable"));
+    auto *coords = window.findChild<CoordinateCache *>();
+    auto *map = window.findChild<MapCanvas *>();
+    auto *bandMap = window.findChild<BandMapCanvas *>();
+    if (!mapDock || !bandMapDock || !table || !coords || !map || !bandMap)
+        return fail(QStringLiteral("the window has no map docks"));
+    mapDock->show();
+    bandMapDock->show();
+    window.resizeDocks({mapDock}, {520}, Qt::Vertical);
+    window.resizeDocks({bandMapDock}, {300}, Qt::Horizontal);
+    // Summits come without positions: the map asks for them once it is shown.
+    QCoreApplication::processEvents();
+    if (!waitFor([coords] { return coords->pendingCount() == 0; }, 10000))
+        return fail(QStringLiteral("the summit positions did not come"));
+
+    int row = -1;
+    for (int i = 0; i < spots.size() && row < 0; ++i)
+        row = spots.at(i).callsign == QLatin1String("VK3ANP") ? i : -1;
+    if (row < 0)
+        return fail(QStringLiteral("VK3ANP is not in the table"));
+    table->selectViewRow(row, true); // as the operator's click would, so the rig follows
+    const double kHz = spots.at(row).frequencyKhz;
+    if (!waitFor([bandMap, kHz] { return bandMap->rigFrequency() == kHz; }, 5000))
+        return fail(QStringLiteral("the band map did not follow the rig to %1 kHz").arg(kHz));
+    map->rebuildNow();
+    QCoreApplication::processEvents();
+    if (!window.grab().save(out))
+        return fail(QStringLiteral("cannot write %1").arg(out));
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -58,8 +101,9 @@ int main(int argc, char **argv)
     QApplication::setOrganizationName(QStringLiteral("Brightwater"));
     QApplication::setApplicationName(QStringLiteral("Tallis"));
     const QStringList args = QApplication::arguments();
-    if (args.size() != 3)
-        return fail(QStringLiteral("usage: tallis_screenshot <services base URL> <output PNG>"));
+    if (args.size() != 3 && args.size() != 4)
+        return fail(
+            QStringLiteral("usage: tallis_screenshot <services base URL> <output PNG> [<map output PNG>]"));
 
     QStringList messages; // told when something does not come; outlives the window
     MainWindow window(ServiceUrls::allAt(QUrl(args.at(1))));
@@ -88,14 +132,12 @@ int main(int argc, char **argv)
 
     // The operator has heard one station and picked another to call next.
     const QList<StationSpot> spots = window.apiVisibleSpots();
-    auto *table = window.findChild<QAbstractItemView *>(QStringLiteral("spotTable"));
+    auto *table = window.findChild<SpotTable *>(QStringLiteral("spotTable"));
     auto *heard = window.findChild<QPushButton *>(QStringLiteral("heardButton"));
     if (spots.size() < 8 || !table || !heard)
         return fail(QStringLiteral("the table is not as expected (%1 spots shown)").arg(spots.size()));
-    const auto select = [table](int row) {
-        table->selectionModel()->select(table->model()->index(row, 0),
-                                        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    };
+    // As the operator's clicks would: the rig follows.
+    const auto select = [table](int row) { table->selectViewRow(row, true); };
     select(4);
     heard->click();
     select(2);
@@ -106,5 +148,5 @@ int main(int argc, char **argv)
 
     if (!window.grab().save(args.at(2)))
         return fail(QStringLiteral("cannot write %1").arg(args.at(2)));
-    return 0;
+    return args.size() == 4 ? drawMapPicture(window, spots, args.at(3)) : 0;
 }

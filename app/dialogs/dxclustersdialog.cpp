@@ -1,6 +1,7 @@
 #include "app/dialogs/dxclustersdialog.h"
 
 #include "app/dialogs/dialogfields.h"
+#include "sources/dxclusterfetcher.h"
 
 #include <QDialogButtonBox>
 #include <QGroupBox>
@@ -21,6 +22,7 @@ DxClustersDialog::DxClustersDialog(const QList<DxClusterEntry> &clusters, QWidge
     , m_host(new QLineEdit(this))
     , m_port(DialogFields::spinBox(this, 1, 65535, 23, QStringLiteral("dxClusterPortSpin")))
     , m_message(new QLabel(this))
+    , m_reconnect(new QPushButton(QStringLiteral("Reconnect now"), this))
 {
     setWindowTitle(QStringLiteral("DX Cluster Setup — Tallis"));
     m_list->setObjectName(QStringLiteral("dxClusterList"));
@@ -34,6 +36,14 @@ DxClustersDialog::DxClustersDialog(const QList<DxClusterEntry> &clusters, QWidge
     add->setDefault(true);
     connect(add, &QPushButton::clicked, this, &DxClustersDialog::onAdd);
     connect(remove, &QPushButton::clicked, this, &DxClustersDialog::onRemove);
+    m_reconnect->setObjectName(QStringLiteral("reconnectNowButton"));
+    m_reconnect->setEnabled(false);
+    m_reconnect->setAutoDefault(false);
+    connect(m_reconnect, &QPushButton::clicked, this, [this] {
+        if (DxClusterFetcher *client = selectedClient())
+            client->reconnectNow();
+    });
+    connect(m_list, &QListWidget::currentRowChanged, this, &DxClustersDialog::showReconnect);
 
     const DxClusterEntry fallback = AppSettings::defaultDxCluster();
     auto *note =
@@ -50,6 +60,7 @@ DxClustersDialog::DxClustersDialog(const QList<DxClusterEntry> &clusters, QWidge
     entry->addWidget(m_port);
     entry->addWidget(add);
     entry->addWidget(remove);
+    entry->addWidget(m_reconnect);
     auto *groupLayout = new QVBoxLayout(group);
     groupLayout->addWidget(m_list);
     groupLayout->addLayout(entry);
@@ -101,4 +112,29 @@ void DxClustersDialog::onRemove()
     m_clusters.removeAt(row);
     m_message->clear();
     showClusters();
+}
+
+void DxClustersDialog::followClients(const DxClusterPool &pool)
+{
+    m_pool = &pool;
+    for (DxClusterFetcher *client : pool.clients())
+        connect(client, &DxClusterFetcher::outcomeChanged, this, &DxClustersDialog::showReconnect);
+    showReconnect();
+}
+
+DxClusterFetcher *DxClustersDialog::selectedClient() const
+{
+    const int row = m_list->currentRow();
+    if (!m_pool || row < 0 || row >= m_clusters.size())
+        return nullptr;
+    return m_pool->client(m_clusters.at(row));
+}
+
+void DxClustersDialog::showReconnect()
+{
+    // Only a refusal stops a node for good; the others retry by themselves.
+    const DxClusterFetcher *client = selectedClient();
+    const bool refused = client && client->isRefused();
+    m_reconnect->setEnabled(refused);
+    m_reconnect->setToolTip(refused ? QStringLiteral("Refused: %1").arg(client->outcomeText()) : QString());
 }

@@ -45,6 +45,19 @@ QPlainTextEdit *watchListEdit(QWidget *parent, const QStringList &entries, const
     return edit;
 }
 
+QComboBox *regionCombo(QWidget *parent, int region)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(QStringLiteral("bandPlanRegionCombo"));
+    combo->addItem(QStringLiteral("From my callsign"), 0);
+    combo->addItem(QStringLiteral("IARU Region 1 (Europe, Africa)"), 1);
+    combo->addItem(QStringLiteral("IARU Region 2 (the Americas)"), 2);
+    combo->addItem(QStringLiteral("IARU Region 3 (Asia, Pacific)"), 3);
+    combo->setCurrentIndex(qBound(0, region, 3));
+    combo->setToolTip(QStringLiteral("Where the band map shades CW, digital and phone"));
+    return combo;
+}
+
 } // namespace
 
 Preferences Preferences::fromSettings(const AppSettings &settings)
@@ -66,6 +79,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
     p.logTargets = settings.logTargets;
+    p.bandPlanRegion = settings.bandPlanRegion;
     return p;
 }
 
@@ -87,6 +101,7 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
     settings.logTargets = logTargets;
+    settings.bandPlanRegion = bandPlanRegion;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
@@ -101,6 +116,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
                                    QStringLiteral("Your latitude in decimal degrees (positive = North)")))
     , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
                                     QStringLiteral("Your longitude in decimal degrees (positive = East)")))
+    , m_bandPlanRegion(regionCombo(this, values.bandPlanRegion))
 {
     setWindowTitle(QStringLiteral("Preferences"));
     setMinimumWidth(360);
@@ -129,6 +145,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("My Location:"), m_hasLocation);
     form->addRow(QStringLiteral("Latitude:"), m_latitude);
     form->addRow(QStringLiteral("Longitude:"), m_longitude);
+    form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
     auto *general = new QWidget(this);
     auto *column = new QVBoxLayout(general);
@@ -236,6 +253,7 @@ Preferences PreferencesDialog::preferences() const
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
     p.logTargets = m_logbook->targets();
+    p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     return p;
 }
 

@@ -35,6 +35,7 @@ struct Preferences
     bool alertSound = true;
     bool alertNeededOnly = false;
     QList<LogTarget> logTargets;
+    int bandPlanRegion = 0; // 0: from the call sign
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -79,4 +80,5 @@ private:
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
     LogbookPage *m_logbook = nullptr;
+    QComboBox *m_bandPlanRegion;
 };

@@ -33,6 +33,7 @@ void MainWindowUi::buildMenuBar(QMainWindow &window)
     connectRadio = radio->addAction(QStringLiteral("&Connect Radio"));
     dxClusterSetup = radio->addAction(QStringLiteral("DX &Cluster Setup..."));
     lwBridgeSetup = radio->addAction(QStringLiteral("Lampwick &Bridge..."));
+    viewMenu = bar->addMenu(QStringLiteral("&View")); // filled by the docks
     about = bar->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"));
 }
 

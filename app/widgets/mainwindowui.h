@@ -4,6 +4,7 @@ class DetailPanel;
 class FilterBar;
 class QAction;
 class QMainWindow;
+class QMenu;
 class QSplitter;
 class SpotFilterProxyModel;
 class SpotTable;
@@ -35,6 +36,7 @@ public:
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
     QAction *about = nullptr;
+    QMenu *viewMenu = nullptr;
     QAction *toolBarRefreshAll = nullptr;
 
     FilterBar *filterBar = nullptr;

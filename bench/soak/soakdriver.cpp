@@ -294,8 +294,11 @@ bool Soak::setUp()
             m_windowOutput.remove(0, end + 1);
         }
     });
-    m_window.start(m_self,
-                   {QStringLiteral("--window"), m_http.url().toString(), QString::number(m_web.size())});
+    QStringList windowArgs{QStringLiteral("--window"), m_http.url().toString(),
+                           QString::number(m_web.size())};
+    if (m_options.docks)
+        windowArgs << QStringLiteral("--docks");
+    m_window.start(m_self, windowArgs);
     if (!waitUntil([this] { return m_report.loaded; }, 120000)) {
         out(QStringLiteral("error: the window did not load %1 spots").arg(m_web.size()));
         return false;
@@ -401,12 +404,13 @@ int Soak::report()
     // Characters, not bytes, but near enough for text that is nearly all ASCII.
     const qint64 eventKb = eventBytes / 1024;
 
-    out(QStringLiteral("Soak: %1 web spots, %2 cluster lines/s over %3 calls for %4 s, %5 API clients")
+    out(QStringLiteral("Soak: %1 web spots, %2 cluster lines/s over %3 calls for %4 s, %5 API clients%6")
             .arg(m_web.size())
             .arg(m_options.linesPerSecond)
             .arg(m_options.dxCalls)
             .arg(m_options.seconds)
-            .arg(m_clients.size()));
+            .arg(m_clients.size())
+            .arg(m_options.docks ? QStringLiteral(", map and band map shown") : QString()));
     out(QStringLiteral("  cluster lines sent      %1").arg(m_linesSent));
     out(QStringLiteral("  rows at the end         %1, visible %2")
             .arg(m_report.endRows)

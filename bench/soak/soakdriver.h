@@ -13,6 +13,8 @@ struct SoakOptions
     int seconds = 60;
     int linesPerSecond = 200;
     int apiClients = 8;
+    // The window shows the map and the band map beside the table.
+    bool docks = false;
 };
 
 // Prints the figures; 0 when every reply came and every mark and log line

@@ -1,7 +1,8 @@
 // tallis_soak: the window under a DX flood, and the program's start-up time.
-//   tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N] [--clients N]
+//   tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N] [--clients N] [--docks]
 //   tallis_soak --startup PATH_TO_TALLIS [--runs N]
-// (tallis_soak --window URL ROWS is the window's own process, started by the soak.)
+// (tallis_soak --window URL ROWS [--docks] is the window's own process, started by the soak.)
+// --docks shows the map and the band map in the window.
 #include "soakdriver.h"
 #include "soakstartup.h"
 #include "soakwindow.h"
@@ -30,7 +31,8 @@ int main(int argc, char *argv[])
     if (argc >= 4 && std::strcmp(argv[1], "--window") == 0) {
         QApplication app(argc, argv);
         QApplication::setApplicationName(QStringLiteral("Tallis"));
-        return runWindowSide(QUrl(QString::fromLocal8Bit(argv[2])), std::atoi(argv[3]));
+        const bool docks = argc >= 5 && std::strcmp(argv[4], "--docks") == 0;
+        return runWindowSide(QUrl(QString::fromLocal8Bit(argv[2])), std::atoi(argv[3]), docks);
     }
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
@@ -43,8 +45,10 @@ int main(int argc, char *argv[])
     options.seconds = intArgument(args, "--seconds", options.seconds);
     options.linesPerSecond = intArgument(args, "--rate", options.linesPerSecond);
     options.apiClients = intArgument(args, "--clients", options.apiClients);
+    options.docks = args.contains(QLatin1String("--docks"));
     if (options.webSpots < 1 || options.dxCalls < 1 || options.seconds < 1 || options.linesPerSecond < 20) {
-        std::fputs("usage: tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N>=20] [--clients N]\n",
+        std::fputs("usage: tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N>=20] [--clients N] "
+                   "[--docks]\n",
                    stderr);
         return 2;
     }

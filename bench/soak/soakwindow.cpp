@@ -9,6 +9,7 @@
 #include "model/stationmodel.h"
 
 #include <QApplication>
+#include <QDockWidget>
 #include <QElapsedTimer>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -123,10 +124,15 @@ private:
 
 } // namespace
 
-int runWindowSide(const QUrl &services, int expectedRows)
+int runWindowSide(const QUrl &services, int expectedRows, bool docks)
 {
     const HeapTrimmer heapTrimmer; // as the program's main has
     auto window = std::make_unique<MainWindow>(ServiceUrls::allAt(services));
+    if (docks) {
+        window->resize(1600, 1000);
+        for (const char *name : {"mapDock", "bandMapDock"})
+            window->findChild<QDockWidget *>(QLatin1String(name))->show();
+    }
     window->show();
     say(QStringLiteral("start %1").arg(SoakStats::residentKb()));
     WindowProbe probe(*window, expectedRows);

@@ -11,4 +11,5 @@ class QUrl;
 //   "lag <p50> <p99> <max> <n>"  drift of a 50 ms timer during the flood, ms
 //   "end <kB> <rows> <visible>"  before the window closes
 // and on standard input: "flood" (the flood starts now), "quit".
-int runWindowSide(const QUrl &services, int expectedRows);
+// With docks, the map and the band map are shown beside the table.
+int runWindowSide(const QUrl &services, int expectedRows, bool docks);

@@ -94,6 +94,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     loadJsonSettings();
     m_desk.reloadWorked();
     applyHideWorked();
+    wireWorkedImport();
     connect(m_alerts, &AlertCenter::spotRequested, this, &MainWindow::selectSpot);
     loadSpotSnapshot();
     connect(m_ui.table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
@@ -160,6 +161,8 @@ void MainWindow::setupMenuBar()
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
     connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
     connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
+    connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
         m_model->clearSpots(); // the selection goes with the rows
         updateSpotCounts();
@@ -260,6 +263,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::LogWithDialog:
+        return logSelected(true);
     case OperatorAction::NextSpot:
     case OperatorAction::PreviousSpot:
         const int row = m_selection.stepTarget(action == OperatorAction::NextSpot ? 1 : -1,
@@ -286,8 +291,11 @@ void MainWindow::wireSources()
     for (const auto &[source, fetcher] :
          {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
         m_ingestor->addWebSource(source, fetcher);
-    connect(m_ingestor, &SpotIngestor::aboutToMerge, this,
-            [this] { m_selection.rememberRow(m_ui.table->selectedRow()); });
+    connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
+        // Without a row (a lost selection still being handled) the last row stands.
+        if (const int row = m_ui.table->selectedRow(); row >= 0)
+            m_selection.rememberRow(row);
+    });
     connect(m_ingestor, &SpotIngestor::merged, this, &MainWindow::afterMerge);
 }
 
@@ -358,18 +366,6 @@ void MainWindow::onSelectionChanged(bool byOperator)
     // Only the operator's own choice moves the radio.
     tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
                 m_settings.autoAtu);
-}
-
-void MainWindow::onAddToLog()
-{
-    const QString key = m_selection.selectedKey();
-    const QString notice = m_desk.logSelection(key, m_settings.callsign);
-    if (notice.isEmpty())
-        return;
-    saveJsonSettings();
-    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
-    statusBar()->showMessage(notice, 6000);
-    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
 }
 
 void MainWindow::startApiServer()

@@ -36,6 +36,7 @@ class SpotFilterProxyModel;
 class SpotIngestor;
 class StationModel;
 class UpdateChecker;
+class WorkedImportLoader;
 class WsServer;
 class WwbotaSpotFetcher;
 class WwffSpotFetcher;
@@ -109,9 +110,11 @@ private slots:
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
-    void onAddToLog();
+    void onAddToLog() { logSelected(m_settings.confirmLog); }
     void exportSotaLog();
     void exportPotaLog();
+    void exportAllContacts();
+    void importWorkedLogbook();
     void onPreferences();
     void onRadioSetup();
     void onDxClusterSetup();
@@ -168,6 +171,13 @@ private:
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);
+    // Logs the selection, after the operator confirms it in the log dialog when asked to.
+    void logSelected(bool confirm);
+    // The operator's changes to the selection's records; nothing when they cancel.
+    std::optional<QList<RecordEdit>> confirmLogEdits(const QString &key);
+    // The imported logbook: read at start and after an import, on a worker thread.
+    void wireWorkedImport();
+    void readWorkedLogbook();
     void exportLog(const ExportFormat &format);
     // False when no radio path is up, the frequency is unknown or the program asked.
     bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
@@ -200,6 +210,7 @@ private:
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
     LogbookForwarder *m_logbook;
+    WorkedImportLoader *m_workedImport = nullptr;
     QTimer *m_countsTimer = nullptr;
 
     AppSettings m_settings;

@@ -4,15 +4,20 @@
 // choice to the objects that own it.
 
 #include "api/wsserver.h"
+#include "app/dialogs/contactsexportdialog.h"
 #include "app/dialogs/dxclustersdialog.h"
+#include "app/dialogs/logcontactdialog.h"
 #include "app/dialogs/lwbridgedialog.h"
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
 #include "app/logbook/logbookforwarder.h"
+#include "app/logbook/workedimport.h"
 #include "app/logexport.h"
 #include "app/spotingestor.h"
+#include "app/tallisdir.h"
+#include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
@@ -20,6 +25,8 @@
 #include "radio/lwclient.h"
 #include "radio/radiorouter.h"
 
+#include <QDir>
+#include <QFileDialog>
 #include <QStatusBar>
 
 void MainWindow::onPreferences()
@@ -128,4 +135,75 @@ void MainWindow::wireLogbook(const QUrl &qrzUrl)
     m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
     if (qrzUrl.isValid())
         m_logbook->setQrzUrl(qrzUrl);
+}
+
+void MainWindow::exportAllContacts()
+{
+    const AdifStation station{m_settings.callsign, m_settings.hasUserLocation, m_settings.latitude,
+                              m_settings.longitude};
+    const QString notice =
+        ContactsExportDialog::run(this, tallisDirPath(), station, QDateTime::currentDateTimeUtc());
+    if (!notice.isEmpty())
+        statusBar()->showMessage(notice, 6000);
+}
+
+void MainWindow::logSelected(bool confirm)
+{
+    const QString key = m_selection.selectedKey();
+    const std::optional<QList<RecordEdit>> edits =
+        confirm ? confirmLogEdits(key) : std::optional<QList<RecordEdit>>(QList<RecordEdit>());
+    if (!edits)
+        return;
+    const QString notice = m_desk.logSelection(key, m_settings.callsign, *edits);
+    if (notice.isEmpty())
+        return;
+    saveJsonSettings();
+    m_wsServer->pushSpotStatusChanged(key, StationSpot::Contacted);
+    statusBar()->showMessage(notice, 6000);
+    onSelectionChanged(false); // the panel and buttons anew; the radio stays where it is
+}
+
+std::optional<QList<RecordEdit>> MainWindow::confirmLogEdits(const QString &key)
+{
+    const QList<ContactRecord> records = m_desk.selectionRecords(key, m_settings.callsign);
+    if (records.isEmpty())
+        return std::nullopt;
+    LogContactDialog dialog(records, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.edits();
+}
+
+void MainWindow::importWorkedLogbook()
+{
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        this, QStringLiteral("Import Logbook for Worked Before"), QDir::homePath(),
+        QStringLiteral("ADIF files (*.adi *.adif *.ADI *.ADIF);;All files (*)"));
+    if (paths.isEmpty())
+        return;
+    m_settings.workedAdifFiles = paths;
+    saveJsonSettings();
+    readWorkedLogbook();
+}
+
+void MainWindow::wireWorkedImport()
+{
+    m_workedImport = new WorkedImportLoader(this);
+    connect(m_workedImport, &WorkedImportLoader::loaded, this,
+            [this](std::shared_ptr<const WorkedTable> table, const WorkedImportSummary &summary) {
+                m_desk.setImportedWorked(std::move(table));
+                updateSpotCounts();
+                if (m_selection.hasSelection())
+                    m_ui.detailPanel->showWorked(
+                        m_desk.worked().detailText(spotForKey(m_selection.selectedKey())));
+                statusBar()->showMessage(summary.message());
+            });
+    if (!m_settings.workedAdifFiles.isEmpty())
+        readWorkedLogbook();
+}
+
+void MainWindow::readWorkedLogbook()
+{
+    statusBar()->showMessage(QStringLiteral("Reading your logbook for worked before…"));
+    m_workedImport->load(m_settings.workedAdifFiles);
 }

@@ -10,6 +10,7 @@ enum class OperatorAction {
     MarkHeard,
     MarkNotHeard,
     Log,
+    LogWithDialog, // the log dialog, whatever the settings say
     NextSpot,
     PreviousSpot,
 };

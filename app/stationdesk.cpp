@@ -35,6 +35,13 @@ void StationDesk::setHideWorked(bool hide)
                                : SpotFilterProxyModel::HiddenTest());
 }
 
+void StationDesk::setImportedWorked(std::shared_ptr<const WorkedTable> imported)
+{
+    m_worked.setImported(std::move(imported));
+    if (m_hideWorked)
+        setHideWorked(true);
+}
+
 StationSpot StationDesk::spotForKey(const QString &key) const
 {
     return m_model.spotAt(SelectionKeeper::modelRowForKey(m_model, key));

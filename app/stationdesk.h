@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <utility>
 
 class SpotFilterProxyModel;
@@ -30,6 +31,9 @@ public:
 
     void loadStatuses() { m_statusStore.load(ContactStatusStore::defaultFilePath()); }
     void reloadWorked() { m_worked.reload(); }
+    // The operator's imported logbook, read elsewhere and swapped in whole;
+    // "Hide worked" filters anew.
+    void setImportedWorked(std::shared_ptr<const WorkedTable> imported);
     void applyPersistedStatuses() { m_statusStore.applyTo(m_model); }
 
     // Merges the spots of the last session, still fresh at nowMs, so the

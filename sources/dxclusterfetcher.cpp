@@ -385,8 +385,10 @@ bool DxClusterFetcher::passLoginPhase(const QString &line)
     return acceptOrReject(line);
 }
 
-void DxClusterFetcher::rejectLogin(const QString &line)
+void DxClusterFetcher::rejectLogin(const QString &heldLine)
 {
+    // The line may be one of the held lines, which the session's end clears.
+    const QString line = heldLine;
     emit fetchError(QStringLiteral("%1 \u2014 login rejected: %2").arg(addressText(), line));
     m_stopped = true;
     {

@@ -134,7 +134,7 @@ private:
     // The login phase's part of a line: false when the line ends there.
     bool passLoginPhase(const QString &line);
     bool acceptOrReject(const QString &line);
-    void rejectLogin(const QString &line);
+    void rejectLogin(const QString &heldLine);
     bool refusedBeforeClosing();
     void judgeHeldLines();
     void handleSpotLine(const QString &line);

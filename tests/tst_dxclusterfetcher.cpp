@@ -299,6 +299,8 @@ private slots:
         ClusterTestServer server;
         QVERIFY(server.start());
         reply.isEmpty() ? server.stopListening() : server.setLoginReply(reply + "\r\n", failing);
+        if (failing)
+            server.setGreeting({}); // refuses unprompted, closing at once: the line was still held
         const qint64 now = QDateTime(QDate(2026, 11, 21), QTime(17, 0), Qt::UTC).toMSecsSinceEpoch();
         DxClusterFetcher f(k_local, server.port(), QStringLiteral("N0CALL"));
         f.setClock([now] { return now; });

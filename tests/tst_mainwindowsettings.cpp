@@ -1,10 +1,13 @@
+#include "app/dialogs/contactsexportdialog.h"
 #include "app/dialogs/dxclustersdialog.h"
+#include "app/dialogs/logcontactdialog.h"
 #include "app/dialogs/lwbridgedialog.h"
 #include "app/dialogs/preferencesdialog.h"
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/mainwindow.h"
 #include "app/settingsfile.h"
+#include "app/tallisdir.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamlibcontroller.h"
@@ -21,6 +24,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDateEdit>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QHeaderView>
@@ -68,6 +72,19 @@ T *field(const QWidget &dialog, const char *name)
     return widget;
 }
 
+// The lines of today's POTA contact log.
+QList<QJsonObject> potaLogLines()
+{
+    QFile file(tallisDirPath() + QStringLiteral("/contacts-pota-%1.jsonl")
+                                     .arg(QDateTime::currentDateTimeUtc().date().toString(Qt::ISODate)));
+    QList<QJsonObject> lines;
+    if (file.open(QIODevice::ReadOnly)) {
+        while (!file.atEnd())
+            lines.append(QJsonDocument::fromJson(file.readLine()).object());
+    }
+    return lines;
+}
+
 QVariantList rigValues(const RigConfig &c)
 {
     return {c.rigModel, c.port,      c.baudRate, c.dataBits, c.stopBits,
@@ -77,6 +94,8 @@ QVariantList rigValues(const RigConfig &c)
 } // namespace
 
 using namespace WindowFixture;
+using ModalAnswer = std::function<void(QDialog &)>;
+Q_DECLARE_METATYPE(Qt::Key)
 
 // The settings file as the window reads and writes it, and the dialogs that change them.
 class TestMainWindowSettings final : public WindowTest
@@ -105,6 +124,40 @@ private:
         if (auto *button = w.findChild<QPushButton *>(entry))
             button->click();
         return seen;
+    }
+
+    // Runs act while the modal dialogs it opens are answered in turn; returns their titles.
+    static QStringList answerModals(const std::function<void()> &act, QList<ModalAnswer> answers)
+    {
+        QStringList titles;
+        QTimer answerer;
+        connect(&answerer, &QTimer::timeout, &answerer, [&titles, &answers] {
+            auto *modal = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!modal || !modal->isVisible() || answers.isEmpty())
+                return;
+            titles << modal->windowTitle();
+            answers.takeFirst()(*modal);
+        });
+        answerer.start(10);
+        act();
+        return titles;
+    }
+
+    static void triggerEntry(const MainWindow &w, const QString &entry)
+    {
+        for (QAction *action : w.menuBar()->findChildren<QAction *>()) {
+            if (action->text() == entry)
+                return action->trigger();
+        }
+        QFAIL(qPrintable(QStringLiteral("no menu entry %1").arg(entry)));
+    }
+
+    static ModalAnswer chooseFile(const QString &path)
+    {
+        return [path](QDialog &dialog) {
+            field<QLineEdit>(dialog, "fileNameEdit")->setText(path); // typed, as the operator would
+            dialog.accept();
+        };
     }
 
 private slots:
@@ -285,6 +338,119 @@ private slots:
         QCOMPARE(s.value(QStringLiteral("lwPort")).toInt(), 2110);
     }
 
+    // A two-fer, logged with L or Shift+L: the dialog's edits land in both lines, or in none.
+    void logContactDialog_data()
+    {
+        QTest::addColumn<bool>("confirmLog");
+        QTest::addColumn<bool>("shift");
+        QTest::addColumn<Qt::Key>("answer"); // Key_unknown: no dialog expected
+        QTest::addColumn<QString>("untick");
+        QTest::addColumn<QStringList>("logged");
+        QTest::addColumn<QString>("reports"); // sent/received in each line
+        const QStringList both{QStringLiteral("US-1"), QStringLiteral("US-2")};
+        QTest::newRow("L logs at once") << false << false << Qt::Key_unknown << "" << both << "599/599";
+        QTest::newRow("Escape logs nothing") << true << false << Qt::Key_Escape << "" << QStringList() << "";
+        QTest::newRow("Enter logs the edits") << true << false << Qt::Key_Enter << "" << both << "57/58";
+        QTest::newRow("unticked park left out")
+            << true << false << Qt::Key_Return << "US-1" << QStringList{QStringLiteral("US-2")} << "57/58";
+        QTest::newRow("Shift+L asks anyway") << false << true << Qt::Key_Enter << "" << both << "57/58";
+    }
+    void logContactDialog()
+    {
+        QFETCH(Qt::Key, answer);
+        QFETCH(QString, untick);
+        QFETCH(QStringList, logged);
+        writeSettings(fetched<bool>("confirmLog") ? R"({"confirmLog": true})" : "{}");
+        m_server->setRoute("/spot/", potaSpots(QStringLiteral("K1AAA US-1 14061, K1AAA US-2 14061.4")));
+        MainWindow w(services());
+        QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
+        QTest::keyClick(&w, Qt::Key_J);
+        const QStringList titles = answerModals(
+            [&w] {
+                QTest::keyClick(&w, Qt::Key_L, fetched<bool>("shift") ? Qt::ShiftModifier : Qt::NoModifier);
+            },
+            {[&](QDialog &dialog) {
+                field<QLineEdit>(dialog, "logRstSentEdit")->setText(QStringLiteral("57"));
+                field<QLineEdit>(dialog, "logRstRcvdEdit")->setText(QStringLiteral(" 58 "));
+                for (QCheckBox *check : dialog.findChildren<QCheckBox *>(QStringLiteral("logReferenceCheck")))
+                    check->setChecked(untick.isEmpty() || !check->text().endsWith(untick));
+                QTest::keyClick(dialog.focusWidget(), answer);
+            }});
+        QCOMPARE(titles,
+                 answer == Qt::Key_unknown ? QStringList() : QStringList{QStringLiteral("Log Contact")});
+        QCOMPARE(statusOf(w, QStringLiteral("K1AAA")),
+                 logged.isEmpty() ? StationSpot::Unknown : StationSpot::Contacted);
+        QStringList references;
+        for (const QJsonObject &line : potaLogLines()) {
+            references << line.value(QStringLiteral("reference")).toString();
+            QCOMPARE(line.value(QStringLiteral("rst_sent")).toString() + QLatin1Char('/') +
+                         line.value(QStringLiteral("rst_rcvd")).toString(),
+                     fetched<QString>("reports"));
+        }
+        QCOMPARE(references, logged);
+    }
+
+    // Every day's log from the day chosen, as one ADIF file.
+    void exportAllContactsFromADay()
+    {
+        ensureTallisDir();
+        for (const QByteArray day : {"01", "03"}) {
+            QFile file(tallisDirPath() +
+                       QStringLiteral("/contacts-pota-2026-01-%1.jsonl").arg(QLatin1String(day)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QJsonDocument(QJsonObject{{QStringLiteral("callsign"), QLatin1String("K1A" + day)},
+                                                 {QStringLiteral("source"), QStringLiteral("POTA")},
+                                                 {QStringLiteral("timestamp"),
+                                                  QLatin1String("2026-01-" + day + "T12:00:00Z")}})
+                           .toJson(QJsonDocument::Compact));
+        }
+        MainWindow w(services());
+        const QString path = QDir::homePath() + QStringLiteral("/all.adi");
+        const QStringList titles =
+            answerModals([&w] { triggerEntry(w, QStringLiteral("Export All Contacts (ADIF)…")); },
+                         {[](QDialog &dialog) {
+                              field<QDateEdit>(dialog, "exportFromDate")->setDate(QDate(2026, 1, 2));
+                              dialog.accept();
+                          },
+                          chooseFile(path)});
+        QCOMPARE(titles, QStringList(2, QStringLiteral("Export All Contacts")));
+        QCOMPARE(w.statusBar()->currentMessage(),
+                 QStringLiteral("All contacts exported: 1 QSO(s) written to %1").arg(path));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray adif = file.readAll();
+        QVERIFY(adif.contains("<CALL:5>K1A03 ") && !adif.contains("K1A01"));
+    }
+
+    // The operator's own logbook feeds "Hide worked", now and at every start.
+    void importedLogbookHidesWorked()
+    {
+        const QString path = QDir::homePath() + QStringLiteral("/my log.adi");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("header<EOH>\n<CALL:5>K1AAA <QSO_DATE:8>20250101 <TIME_ON:4>1200 <BAND:3>20m <MODE:2>CW "
+                   "<SIG:4>POTA <SIG_INFO:4>US-1 <EOR>\n<CALL:5>K9ZZZ <EOR>\n");
+        file.close();
+        writeSettings(R"({"hideWorked": true})");
+        m_server->setRoute("/spot/", potaSpots(QStringLiteral("K1AAA US-1 14061, K2BBB US-2 14062")));
+        {
+            MainWindow w(services());
+            QTRY_COMPARE_WITH_TIMEOUT(model(w)->rowCount(), 2, 5000);
+            QCOMPARE(proxy(w)->rowCount(), 2);
+            const QStringList titles =
+                answerModals([&w] { triggerEntry(w, QStringLiteral("Import Logbook for Worked Before…")); },
+                             {chooseFile(path)});
+            QCOMPARE(titles, QStringList{QStringLiteral("Import Logbook for Worked Before")});
+            QTRY_COMPARE_WITH_TIMEOUT(proxy(w)->rowCount(), 1, 5000);
+            QCOMPARE(w.statusBar()->currentMessage(),
+                     QStringLiteral("Logbook read: 1 contacts taken, 1 records skipped."));
+            QCOMPARE(readSettings().value(QStringLiteral("workedAdifFiles")).toArray(), QJsonArray{path});
+        }
+        MainWindow again(services());
+        QTRY_COMPARE_WITH_TIMEOUT(model(again)->rowCount(), 2, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(proxy(again)->rowCount(), 1, 5000);
+    }
+
     // A refusal stays in sight in the sources' label, and the cluster dialog asks that node again.
     void refusedClusterIsShownAndAskedAgain()
     {
@@ -339,7 +505,8 @@ private slots:
         const AppSettings original = SettingsFile::fromJson(QJsonDocument::fromJson(R"({"callsign": "G4ABC",
             "sotaRef": "G/LD-001", "maxAgeMins": 45, "refreshIntervalSecs": 120, "hasUserLocation": true,
             "latitude": 54.4542, "longitude": -3.2116, "watchCallsigns": ["W4GXX", "EA1AB"],
-            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000, "bandPlanRegion": 3})")
+            "watchReferences": ["US-1234"], "wsEnabled": false, "wsHost": "0.0.0.0", "wsPort": 4000,
+            "bandPlanRegion": 3, "confirmLog": true})")
                                                                 .object());
         PreferencesDialog dialog(Preferences::fromSettings(original));
         QVERIFY(!field<QComboBox>(dialog, "wsHostCombo")->isEnabled());

@@ -79,6 +79,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
     p.logTargets = settings.logTargets;
+    p.confirmLog = settings.confirmLog;
     p.bandPlanRegion = settings.bandPlanRegion;
     return p;
 }
@@ -101,6 +102,7 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
     settings.logTargets = logTargets;
+    settings.confirmLog = confirmLog;
     settings.bandPlanRegion = bandPlanRegion;
 }
 
@@ -116,6 +118,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
                                    QStringLiteral("Your latitude in decimal degrees (positive = North)")))
     , m_longitude(coordinateSpinBox(this, 180.0, values.longitude, QStringLiteral("longitudeSpin"),
                                     QStringLiteral("Your longitude in decimal degrees (positive = East)")))
+    , m_confirmLog(new QCheckBox(QStringLiteral("Confirm each contact before logging"), this))
     , m_bandPlanRegion(regionCombo(this, values.bandPlanRegion))
 {
     setWindowTitle(QStringLiteral("Preferences"));
@@ -136,6 +139,10 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     m_longitude->setEnabled(values.hasUserLocation);
     connect(m_hasLocation, &QCheckBox::toggled, m_latitude, &QWidget::setEnabled);
     connect(m_hasLocation, &QCheckBox::toggled, m_longitude, &QWidget::setEnabled);
+    m_confirmLog->setObjectName(QStringLiteral("confirmLogCheck"));
+    m_confirmLog->setChecked(values.confirmLog);
+    m_confirmLog->setToolTip(QStringLiteral("L opens the Log Contact dialog: reports, comment and the "
+                                            "references to log. Shift+L always opens it"));
 
     auto *form = new QFormLayout;
     form->addRow(QStringLiteral("My Callsign:"), m_callsign);
@@ -145,6 +152,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("My Location:"), m_hasLocation);
     form->addRow(QStringLiteral("Latitude:"), m_latitude);
     form->addRow(QStringLiteral("Longitude:"), m_longitude);
+    form->addRow(QStringLiteral("Logging:"), m_confirmLog);
     form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
     auto *general = new QWidget(this);
@@ -253,6 +261,7 @@ Preferences PreferencesDialog::preferences() const
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
     p.logTargets = m_logbook->targets();
+    p.confirmLog = m_confirmLog->isChecked();
     p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     return p;
 }

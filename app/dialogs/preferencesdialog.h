@@ -35,6 +35,7 @@ struct Preferences
     bool alertSound = true;
     bool alertNeededOnly = false;
     QList<LogTarget> logTargets;
+    bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
 
     static Preferences fromSettings(const AppSettings &settings);
@@ -80,5 +81,6 @@ private:
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
     LogbookPage *m_logbook = nullptr;
+    QCheckBox *m_confirmLog;
     QComboBox *m_bandPlanRegion;
 };

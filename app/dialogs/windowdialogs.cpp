@@ -46,12 +46,18 @@ QString exportLog(QWidget *parent, const ExportFormat &format, const QList<Conta
         format.fileFilter);
     if (path.isEmpty())
         return QString();
-    if (!LogExport::writeTextFile(path, text)) {
-        QMessageBox::warning(parent, QStringLiteral("Export Failed"),
-                             QStringLiteral("Could not open file for writing:\n%1").arg(path));
+    if (!writeExportFile(parent, path, text))
         return QString();
-    }
     return format.exported.arg(rows.size()).arg(path);
+}
+
+bool writeExportFile(QWidget *parent, const QString &path, const QString &text)
+{
+    if (LogExport::writeTextFile(path, text))
+        return true;
+    QMessageBox::warning(parent, QStringLiteral("Export Failed"),
+                         QStringLiteral("Could not open file for writing:\n%1").arg(path));
+    return false;
 }
 
 } // namespace WindowDialogs

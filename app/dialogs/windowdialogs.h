@@ -19,5 +19,7 @@ bool askToConfigureRadio(QWidget *parent);
 // file could not be written (each said in a box of its own).
 QString exportLog(QWidget *parent, const ExportFormat &format, const QList<ContactRow> &rows,
                   const QString &text);
+// Writes an export's text to path; false after saying in a box that it could not.
+bool writeExportFile(QWidget *parent, const QString &path, const QString &text);
 
 } // namespace WindowDialogs

@@ -23,6 +23,8 @@ void MainWindowUi::buildMenuBar(QMainWindow &window)
     file->addSeparator();
     exportSotaLog = file->addAction(QStringLiteral("Export &SOTA Log (CSV)"));
     exportPotaLog = file->addAction(QStringLiteral("Export &POTA Log (ADIF)"));
+    exportAllContacts = file->addAction(QStringLiteral("Export All Contacts (ADIF)…"));
+    importWorkedLogbook = file->addAction(QStringLiteral("Import Logbook for Worked Before…"));
     clearSpots = file->addAction(QStringLiteral("&Clear Spots"));
     file->addSeparator();
     quit = file->addAction(QStringLiteral("&Quit"));

@@ -27,6 +27,8 @@ public:
     QAction *refreshAll = nullptr;
     QAction *exportSotaLog = nullptr;
     QAction *exportPotaLog = nullptr;
+    QAction *exportAllContacts = nullptr;
+    QAction *importWorkedLogbook = nullptr;
     QAction *clearSpots = nullptr;
     QAction *quit = nullptr;
     QAction *preferences = nullptr;

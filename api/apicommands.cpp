@@ -87,6 +87,20 @@ QByteArray cmdSpotsGet(const ApiContext &context, const QJsonObject &)
     return ApiJson::spotListJson(context.backend.apiVisibleSpots());
 }
 
+QByteArray cmdSpotsSubscribe(const ApiContext &context, const QJsonObject &data)
+{
+    const QString mode = stringArg(data, QLatin1String("mode"));
+    if (mode != QLatin1String("delta") && mode != QLatin1String("full"))
+        throw QStringLiteral("mode must be \"delta\" or \"full\"");
+    if (!context.subscribeSpots)
+        throw QStringLiteral("spot deltas are not available");
+    JsonWriter out;
+    out.beginObject();
+    out.integerField("version", context.subscribeSpots(mode == QLatin1String("delta")));
+    out.endObject();
+    return out.take();
+}
+
 QByteArray cmdSpotsGetAll(const ApiContext &context, const QJsonObject &)
 {
     return ApiJson::spotListJson(context.backend.apiAllSpots());
@@ -234,6 +248,7 @@ QHash<QString, ApiCommand> apiCommandTable()
         {QStringLiteral("config.set"), cmdConfigSet},
         {QStringLiteral("spots.get"), cmdSpotsGet},
         {QStringLiteral("spots.get_all"), cmdSpotsGetAll},
+        {QStringLiteral("spots.subscribe"), cmdSpotsSubscribe},
         {QStringLiteral("spot.tune"), cmdSpotTune},
         {QStringLiteral("spot.status.set"), cmdSpotStatusSet},
         {QStringLiteral("spot.log"), cmdSpotLog},

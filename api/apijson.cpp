@@ -2,6 +2,7 @@
 
 #include "api/apibackend.h"
 #include "api/jsonwriter.h"
+#include "api/spotdeltatracker.h"
 
 namespace {
 
@@ -135,6 +136,57 @@ QByteArray spotsUpdatedEvent(const QList<StationSpot> &spots)
     JsonWriter out(spots.size() * k_spotBytesEstimate + 128);
     beginEvent(out, u"spots.updated");
     writeSpotList(out, spots);
+    out.endObject();
+    return out.take();
+}
+
+bool sameSpotJson(const StationSpot &a, const StationSpot &b)
+{
+    // The fields spotToJson writes (the key is made of three of them).
+    return a.source == b.source && a.callsign == b.callsign && a.reference == b.reference &&
+           a.referenceName == b.referenceName && a.frequencyKhz == b.frequencyKhz && a.mode == b.mode &&
+           a.spotTime == b.spotTime && a.spotter == b.spotter && a.comments == b.comments &&
+           a.grid == b.grid && a.status == b.status && a.hasLocation == b.hasLocation &&
+           (!a.hasLocation || (a.lat == b.lat && a.lon == b.lon));
+}
+
+QByteArray spotsChangedEvent(qint64 version, const SpotDelta &delta)
+{
+    JsonWriter out((delta.added.size() + delta.updated.size()) * k_spotBytesEstimate +
+                   40 * delta.removed.size() + 128);
+    beginEvent(out, u"spots.changed");
+    out.beginObject();
+    out.integerField("version", version);
+    for (const auto &[name, spots] :
+         {std::pair{"added", &delta.added}, std::pair{"updated", &delta.updated}}) {
+        out.key(name);
+        out.beginArray();
+        for (const StationSpot &spot : *spots)
+            spotToJson(out, spot);
+        out.endArray();
+    }
+    out.key("removed");
+    out.beginArray();
+    for (const QString &key : delta.removed)
+        out.string(key);
+    out.endArray();
+    out.endObject();
+    out.endObject();
+    return out.take();
+}
+
+QByteArray spotsSnapshotEvent(qint64 version, const QList<StationSpot> &spots)
+{
+    JsonWriter out(spots.size() * k_spotBytesEstimate + 128);
+    beginEvent(out, u"spots.snapshot");
+    out.beginObject();
+    out.integerField("version", version);
+    out.key("spots");
+    out.beginArray();
+    for (const StationSpot &spot : spots)
+        spotToJson(out, spot);
+    out.endArray();
+    out.endObject();
     out.endObject();
     return out.take();
 }

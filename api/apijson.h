@@ -6,8 +6,11 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 class ApiBackend;
 class JsonWriter;
+struct SpotDelta;
 
 // What a command or a message needs besides the program: the server's own state.
 struct ApiContext
@@ -15,6 +18,10 @@ struct ApiContext
     ApiBackend &backend;
     quint16 port = 0;
     int clientCount = 0;
+    // The asking client's choice of spot events ("spots.subscribe"): true for
+    // deltas; returns the version the deltas continue from. Absent outside a
+    // client's request.
+    std::function<qint64(bool delta)> subscribeSpots = {};
 };
 
 // The JSON shapes of the API, written in their documented key order.
@@ -27,6 +34,12 @@ void spotToJson(JsonWriter &out, const StationSpot &spot);
 QByteArray spotListJson(const QList<StationSpot> &spots);
 // The "spots.updated" event around that list, written in one pass.
 QByteArray spotsUpdatedEvent(const QList<StationSpot> &spots);
+// Whether the two spots give the same spot object.
+bool sameSpotJson(const StationSpot &a, const StationSpot &b);
+// {"type":"event","event":"spots.changed","data":{"version","added","updated","removed"}}
+QByteArray spotsChangedEvent(qint64 version, const SpotDelta &delta);
+// {"type":"event","event":"spots.snapshot","data":{"version","spots"}}
+QByteArray spotsSnapshotEvent(qint64 version, const QList<StationSpot> &spots);
 // The heartbeat's data and the "status.get" reply.
 QByteArray statusJson(const ApiContext &context);
 

@@ -2,6 +2,7 @@
 
 #include "api/apibackend.h"
 #include "api/jsonwriter.h"
+#include "api/spotdeltatracker.h"
 #include "buildinfo.h"
 
 #include <QHostAddress>
@@ -38,6 +39,8 @@ WsServer::WsServer(ApiBackend *backend, QObject *parent)
     , m_statusTimer(new QTimer(this))
     , m_spotsUpdateTimer(new QTimer(this))
     , m_spotsPump(new QTimer(this))
+    , m_deltaTimer(new QTimer(this))
+    , m_backlogProbe([](const QWebSocket *socket) { return socket->bytesToWrite(); })
     , m_commands(apiCommandTable())
 {
     connect(m_server, &QWebSocketServer::newConnection, this, &WsServer::onNewConnection);
@@ -64,6 +67,15 @@ WsServer::WsServer(ApiBackend *backend, QObject *parent)
     m_spotsPump->setSingleShot(true);
     m_spotsPump->setInterval(0);
     connect(m_spotsPump, &QTimer::timeout, this, &WsServer::sendSpotsUpdated);
+
+    // Deltas go out at once, then at most once per hold, folded.
+    m_deltaTimer->setObjectName(QStringLiteral("spotsDeltaTimer"));
+    m_deltaTimer->setSingleShot(true);
+    connect(m_deltaTimer, &QTimer::timeout, this, [this] {
+        if (!std::exchange(m_deltaPending, false))
+            return;
+        m_deltaTimer->start(spotsUpdateHoldMs(flushSpotDeltas()));
+    });
 }
 
 WsServer::~WsServer()
@@ -92,6 +104,10 @@ void WsServer::stopListening()
     m_spotsDue.clear();
     m_spotsSent.clear();
     m_spotsMessage.clear();
+    m_deltaClients.clear();
+    m_snapshotDue.clear();
+    if (m_tracker)
+        m_tracker->setActive(false);
     for (QWebSocket *socket : clients) {
         socket->disconnect(this);
         socket->close(QWebSocketProtocol::CloseCodeNormal, QString());
@@ -183,6 +199,9 @@ void WsServer::forgetClient(QWebSocket *socket)
     m_spotsSent.removeOne(socket);
     if (m_spotsDue.isEmpty())
         m_spotsMessage.clear();
+    if (m_deltaClients.removeOne(socket) + m_snapshotDue.removeOne(socket) > 0 && m_deltaClients.isEmpty() &&
+        m_snapshotDue.isEmpty())
+        m_tracker->setActive(false);
 }
 
 void WsServer::dropClient(QWebSocket *socket)
@@ -214,20 +233,27 @@ void WsServer::handleCommand(QWebSocket *socket, const QJsonObject &msg)
         reply = ApiJson::errorMessage(id, QStringLiteral("unknown command: ") + cmd);
     } else {
         try {
-            reply =
-                ApiJson::replyMessage(id, (*handler)(context(), msg.value(QLatin1String("data")).toObject()));
+            reply = ApiJson::replyMessage(
+                id, (*handler)(context(socket), msg.value(QLatin1String("data")).toObject()));
         } catch (const QString &error) {
             reply = ApiJson::errorMessage(id, error);
         }
     }
     // The command may have led the program to close this client.
-    if (m_clients.contains(socket))
-        send(socket, text(reply));
+    if (!m_clients.contains(socket))
+        return;
+    send(socket, text(reply));
+    // A new delta client's snapshot follows the reply that names its version.
+    if (m_snapshotDue.contains(socket))
+        serveSnapshots();
 }
 
-ApiContext WsServer::context() const
+ApiContext WsServer::context(QWebSocket *socket)
 {
-    return ApiContext{*m_backend, port(), clientCount()};
+    ApiContext context{*m_backend, port(), clientCount()};
+    if (socket)
+        context.subscribeSpots = [this, socket](bool delta) { return subscribeSpots(socket, delta); };
+    return context;
 }
 
 void WsServer::send(QWebSocket *socket, const QString &message)
@@ -273,8 +299,11 @@ void WsServer::pushStatus()
 
 void WsServer::pushSpotsUpdated()
 {
-    if (m_clients.isEmpty())
-        return; // a merge with nobody listening costs nothing here
+    const auto fullClient = [this](QWebSocket *socket) {
+        return !m_ungreeted.contains(socket) && !isDeltaClient(socket);
+    };
+    if (std::none_of(m_clients.cbegin(), m_clients.cend(), fullClient))
+        return; // a merge with nobody listening for tables costs nothing here
     if (m_spotsUpdateTimer->isActive()) {
         m_spotsUpdatePending = true;
         return;
@@ -285,7 +314,7 @@ void WsServer::pushSpotsUpdated()
     m_spotsDue.clear();
     m_spotsSent.clear();
     for (QWebSocket *socket : std::as_const(m_clients)) {
-        if (!m_ungreeted.contains(socket))
+        if (fullClient(socket))
             m_spotsDue.append(socket);
     }
     sendSpotsUpdated();
@@ -328,6 +357,8 @@ void WsServer::onBytesWritten()
 {
     if (!m_spotsDue.isEmpty() && !m_spotsPump->isActive())
         m_spotsPump->start();
+    if (!m_snapshotDue.isEmpty())
+        serveSnapshots();
 }
 
 void WsServer::pushSpotStatusChanged(const QString &key, StationSpot::Status status)

@@ -9,7 +9,10 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 class ApiBackend;
+class SpotDeltaTracker;
 class QTimer;
 class QWebSocket;
 class QWebSocketCorsAuthenticator;
@@ -42,6 +45,15 @@ public:
 
     explicit WsServer(ApiBackend *backend, QObject *parent = nullptr);
     ~WsServer() override;
+
+    // The view follower behind "spots.subscribe" {"mode": "delta"}; without
+    // one, only full tables are offered.
+    void setSpotTracker(SpotDeltaTracker *tracker);
+    // Bytes a client has not yet taken (its socket's unsent bytes); tests
+    // stand in a stalled reader.
+    using BacklogProbe = std::function<qint64(const QWebSocket *)>;
+    void setBacklogProbe(BacklogProbe probe);
+    qint64 spotsVersion() const { return m_spotsVersion; }
 
     // "0.0.0.0" means every IPv4 interface; any other text must be an address.
     bool listen(quint16 port, const QString &host);
@@ -80,10 +92,16 @@ private:
     void sendSpotsUpdated();
     void onBytesWritten();
     static bool isBehind(const QWebSocket *socket);
+    qint64 subscribeSpots(QWebSocket *socket, bool delta);
+    bool isDeltaClient(QWebSocket *socket) const;
+    bool isLagging(const QWebSocket *socket) const;
+    void onSpotsChanged();
+    int flushSpotDeltas();
+    void serveSnapshots();
     void forgetClient(QWebSocket *socket);
     void send(QWebSocket *socket, const QString &message);
     void dropClient(QWebSocket *socket);
-    ApiContext context() const;
+    ApiContext context(QWebSocket *socket = nullptr);
 
     ApiBackend *m_backend;
     QWebSocketServer *m_server;
@@ -98,5 +116,14 @@ private:
     QList<QWebSocket *> m_spotsSent; // those that have the newest table, or have it on its way
     QList<QWebSocket *> m_clients;   // in order of connection
     QList<QWebSocket *> m_ungreeted; // connected, "hello" not yet sent
+    // Delta clients: those that follow "spots.changed", and those waiting for
+    // a snapshot (just subscribed, or fell behind and must catch up first).
+    SpotDeltaTracker *m_tracker = nullptr;
+    QTimer *m_deltaTimer;
+    bool m_deltaPending = false;
+    qint64 m_spotsVersion = 0;
+    QList<QWebSocket *> m_deltaClients;
+    QList<QWebSocket *> m_snapshotDue;
+    BacklogProbe m_backlogProbe;
     const QHash<QString, ApiCommand> m_commands;
 };

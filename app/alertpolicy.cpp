@@ -19,11 +19,11 @@ QSet<QString> loweredSet(const QStringList &entries)
     return set;
 }
 
-// The seven sources, and one slot shared by any value outside them.
+// Every source, and one slot shared by any value outside them.
 int sourceSlot(StationSpot::Source source)
 {
     const int value = int(source);
-    return value >= 0 && value < 7 ? value : 7;
+    return value >= 0 && value < StationSpot::k_sourceCount ? value : StationSpot::k_sourceCount;
 }
 
 constexpr qint64 k_pruneEveryMs = 60 * 1000;
@@ -86,7 +86,7 @@ void AlertPolicy::seed(const QList<StationSpot> &spots)
 void AlertPolicy::processBatch(const QList<StationSpot> &batch)
 {
     const qint64 now = nowMSecs();
-    std::array<bool, 8> starting{};
+    std::array<bool, StationSpot::k_sourceCount + 1> starting{};
     for (const StationSpot &spot : batch) {
         const int slot = sourceSlot(spot.source);
         starting[size_t(slot)] = !m_sourceStarted[size_t(slot)];

@@ -96,7 +96,8 @@ private:
     // Last time each activation ("call|reference", lower-cased) and each call was spotted.
     QHash<QString, qint64> m_activationSeen;
     QHash<QString, qint64> m_callSeen;
-    std::array<bool, 8> m_sourceStarted{}; // the seven sources and one for any other value
+    // Every source, and one for any other value.
+    std::array<bool, StationSpot::k_sourceCount + 1> m_sourceStarted{};
     QList<StationSpot> m_pending;
     qint64 m_lastAlertMs = 0;
     bool m_hasAlerted = false;

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "api/spotdeltatracker.h"
 #include "api/wsserver.h"
 #include "app/coordinatecache.h"
 #include "app/dialogs/dxclustersdialog.h"
@@ -64,6 +65,8 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_wwbotaFetcher(new WwbotaSpotFetcher(this, services.wwbota))
     , m_botaFetcher(new BotaSpotFetcher(this))
     , m_gmaFetcher(new GmaSpotFetcher(this, services.gma))
+    , m_zlotaFetcher(new SpotFetcher(WebSource::of(StationSpot::ZLOTA), this, services.zlota))
+    , m_siotaFetcher(new SpotFetcher(WebSource::of(StationSpot::SIOTA), this, services.parksnpeaks))
     , m_dxClusters(this)
     , m_rig(new HamlibController) // parentless: it moves to its own thread
     , m_updateChecker(new UpdateChecker(nullptr, this))
@@ -116,6 +119,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     saveJsonSettings();
 
     m_wsServer = new WsServer(this, this);
+    m_wsServer->setSpotTracker(new SpotDeltaTracker(m_model, m_proxy, m_wsServer));
     wireRadioEvents();
     startApiServer();
     startBridge();
@@ -278,9 +282,10 @@ void MainWindow::runOperatorAction(OperatorAction action)
 void MainWindow::wireSources()
 {
     const QList<std::pair<StationSpot::Source, SpotFetcher *>> sources{
-        {StationSpot::POTA, m_potaFetcher}, {StationSpot::SOTA, m_sotaFetcher},
-        {StationSpot::WWFF, m_wwffFetcher}, {StationSpot::WWBOTA, m_wwbotaFetcher},
-        {StationSpot::BOTA, m_botaFetcher}, {StationSpot::GMA, m_gmaFetcher}};
+        {StationSpot::POTA, m_potaFetcher},   {StationSpot::SOTA, m_sotaFetcher},
+        {StationSpot::WWFF, m_wwffFetcher},   {StationSpot::WWBOTA, m_wwbotaFetcher},
+        {StationSpot::BOTA, m_botaFetcher},   {StationSpot::GMA, m_gmaFetcher},
+        {StationSpot::ZLOTA, m_zlotaFetcher}, {StationSpot::SIOTA, m_siotaFetcher}};
     for (const auto &[source, fetcher] : sources) {
         connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
         connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
@@ -289,7 +294,7 @@ void MainWindow::wireSources()
     }
     // Refresh order: SOTA first.
     for (const auto &[source, fetcher] :
-         {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5]})
+         {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5], sources[6], sources[7]})
         m_ingestor->addWebSource(source, fetcher);
     connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
         // Without a row (a lost selection still being handled) the last row stands.

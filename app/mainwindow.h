@@ -32,6 +32,7 @@ class RadioView;
 class SotaSpotFetcher;
 class SourceHealth;
 class SourcesView;
+class SpotFetcher;
 class SpotFilterProxyModel;
 class SpotIngestor;
 class StationModel;
@@ -192,6 +193,8 @@ private:
     WwbotaSpotFetcher *m_wwbotaFetcher;
     BotaSpotFetcher *m_botaFetcher;
     GmaSpotFetcher *m_gmaFetcher;
+    SpotFetcher *m_zlotaFetcher;
+    SpotFetcher *m_siotaFetcher; // ParksnPeaks' silos
     DxClusterPool m_dxClusters;
     HamlibController *m_rig;
     QThread *m_rigThread = nullptr;

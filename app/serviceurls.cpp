@@ -22,6 +22,8 @@ ServiceUrls ServiceUrls::defaults()
                        defaultUrl(StationSpot::GMA),
                        QUrl(QString::fromLatin1(CoordinateCache::k_potaUrl)),
                        QUrl(QString::fromLatin1(CoordinateCache::k_sotaUrl)),
+                       defaultUrl(StationSpot::ZLOTA),
+                       defaultUrl(StationSpot::SIOTA),
                        QrzSender::defaultApiUrl()};
 }
 
@@ -29,5 +31,5 @@ ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
     QUrl qrz = base;
     qrz.setPath(QStringLiteral("/api"));
-    return ServiceUrls{base, base, base, base, base, base, base, qrz};
+    return ServiceUrls{base, base, base, base, base, base, base, base, base, qrz};
 }

@@ -14,6 +14,8 @@ struct ServiceUrls
     // The programmes' position services for parks and summits.
     QUrl parkPositions;
     QUrl summitPositions;
+    QUrl zlota;
+    QUrl parksnpeaks;
     QUrl qrzLogbook; // the QRZ Logbook API, whole address
 
     static ServiceUrls defaults();

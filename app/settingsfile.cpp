@@ -20,8 +20,8 @@ namespace {
 // A settings file is a few kilobytes; anything this large is not ours and is not read.
 constexpr qint64 k_maxFileSize = 16 * 1024 * 1024;
 
-const char *const k_sourceKeys[AppSettings::k_sourceCount] = {"sota", "pota", "wwff", "wwbota",
-                                                              "bota", "dx",   "gma"};
+const char *const k_sourceKeys[AppSettings::k_sourceCount] = {"sota", "pota", "wwff", "wwbota", "bota",
+                                                              "dx",   "gma",  "rbn",  "zlota",  "siota"};
 const char *const k_modeKeys[AppSettings::k_modeCount] = {"ssb", "cw", "am", "fm", "other"};
 
 QString key(const char *name)

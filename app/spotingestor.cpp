@@ -44,7 +44,7 @@ void SpotIngestor::ingest(const QList<StationSpot> &spots, int answers)
     m_pendingFetches -= answers;
     if (!spots.isEmpty()) {
         const StationSpot::Source source = spots.first().source;
-        if (source != StationSpot::DX && source >= 0 && source < k_sourceCount) {
+        if (!StationSpot::isStreamSource(source) && source >= 0 && source < k_sourceCount) {
             if (source != StationSpot::BOTA)
                 m_lastRefresh[size_t(source)] = m_clock();
             m_lastBatchSize[size_t(source)] = int(spots.size());
@@ -90,10 +90,13 @@ void SpotIngestor::applySourceChoice(const FilterState &filter, int intervalSecs
 QString SpotIngestor::countsText(int shown) const
 {
     const QList<StationSpot> &spots = m_model->spots();
-    // DX is what the table holds; every programme what its source last delivered.
-    const auto dx = std::count_if(spots.cbegin(), spots.cend(),
-                                  [](const StationSpot &spot) { return spot.source == StationSpot::DX; });
-    return QStringLiteral("Showing %1 of %2  S:%3 P:%4 W:%5 WB:%6 B:%7 DX:%8 G:%9")
+    // The streams (DX, RBN) are what the table holds; every programme what its
+    // source last delivered.
+    const auto rows = [&spots](StationSpot::Source source) {
+        return std::count_if(spots.cbegin(), spots.cend(),
+                             [source](const StationSpot &spot) { return spot.source == source; });
+    };
+    return QStringLiteral("Showing %1 of %2  S:%3 P:%4 W:%5 WB:%6 B:%7 DX:%8 G:%9 R:%10 Z:%11 SI:%12")
         .arg(shown)
         .arg(spots.size())
         .arg(lastBatchSize(StationSpot::SOTA))
@@ -101,6 +104,9 @@ QString SpotIngestor::countsText(int shown) const
         .arg(lastBatchSize(StationSpot::WWFF))
         .arg(lastBatchSize(StationSpot::WWBOTA))
         .arg(lastBatchSize(StationSpot::BOTA))
-        .arg(dx)
-        .arg(lastBatchSize(StationSpot::GMA));
+        .arg(rows(StationSpot::DX))
+        .arg(lastBatchSize(StationSpot::GMA))
+        .arg(rows(StationSpot::RBN))
+        .arg(lastBatchSize(StationSpot::ZLOTA))
+        .arg(lastBatchSize(StationSpot::SIOTA));
 }

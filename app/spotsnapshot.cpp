@@ -24,11 +24,12 @@ QDateTime fromIsoText(const QString &text)
     return time.isValid() ? time.toUTC() : QDateTime();
 }
 
-// Everything the table shows or sorts by. The group number is left out: the
-// model numbers the groups again when it merges.
+// Everything the table shows, sorts or groups by. The group number is left
+// out: the model numbers the groups again when it merges.
 QJsonObject spotObject(const StationSpot &spot)
 {
     return QJsonObject{{QStringLiteral("source"), int(spot.source)},
+                       {QStringLiteral("activation_id"), spot.activationId},
                        {QStringLiteral("callsign"), spot.callsign},
                        {QStringLiteral("reference"), spot.reference},
                        {QStringLiteral("reference_name"), spot.referenceName},
@@ -51,7 +52,7 @@ bool readSpot(const QJsonObject &object, StationSpot &spot)
     const int source = object.value(QLatin1String("source")).toInt(-1);
     const int status = object.value(QLatin1String("status")).toInt(0);
     spot.callsign = object.value(QLatin1String("callsign")).toString();
-    if (source < StationSpot::SOTA || source > StationSpot::GMA || spot.callsign.isEmpty())
+    if (source < StationSpot::SOTA || source >= StationSpot::k_sourceCount || spot.callsign.isEmpty())
         return false;
     spot.source = StationSpot::Source(source);
     spot.reference = object.value(QLatin1String("reference")).toString();
@@ -63,6 +64,7 @@ bool readSpot(const QJsonObject &object, StationSpot &spot)
     spot.comments = object.value(QLatin1String("comments")).toString();
     spot.grid = object.value(QLatin1String("grid")).toString();
     spot.locationDesc = object.value(QLatin1String("location")).toString();
+    spot.activationId = object.value(QLatin1String("activation_id")).toString();
     spot.hasLocation = object.value(QLatin1String("has_location")).toBool();
     spot.lat = object.value(QLatin1String("lat")).toDouble();
     spot.lon = object.value(QLatin1String("lon")).toDouble();

@@ -1,7 +1,10 @@
 // The API's hot paths: the spot list pushed after every merge, and the
 // heartbeat every connected program gets each second.
 #include "api/apijson.h"
+#include "api/spotdeltatracker.h"
 #include "bench/benchdata.h"
+#include "model/spotfilterproxymodel.h"
+#include "model/stationmodel.h"
 #include "tests/support/fakeapibackend.h"
 
 #include <QJsonArray>
@@ -81,6 +84,48 @@ void BM_SpotsUpdatedQJson(benchmark::State &state)
     }
 }
 BENCHMARK(BM_SpotsUpdatedQJson)->Arg(5000)->Unit(benchmark::kMillisecond);
+
+// What a delta client gets for one DX spot merged into a large table: the
+// merge's change set through the view follower into "spots.changed" (the
+// merge itself is not timed).
+void BM_SpotsChangedJson(benchmark::State &state)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    StationModel model;
+    model.setClock([now] { return now; });
+    fillModel(model, int(state.range(0)), now);
+    SpotFilterProxyModel proxy;
+    proxy.setSourceModel(&model);
+    proxy.setSourceFilter(true, true, true, true, true, true, true);
+    SpotDeltaTracker tracker(&model, &proxy);
+    tracker.setActive(true);
+    model.disconnect(&tracker); // the change set is applied below, inside the timing
+    qint64 version = 0;
+    qsizetype bytes = 0;
+    int i = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        StationSpot spot;
+        spot.source = StationSpot::DX;
+        // A call the table has (a move, so one row in and one out) every other time.
+        spot.callsign = QStringLiteral("K%1ABC").arg(i % 2 ? i : 20000 + i);
+        spot.frequencyKhz = 14000.5 + ++i % 300;
+        spot.mode = QStringLiteral("CW");
+        spot.spotter = QStringLiteral("W1AW");
+        spot.comments = QStringLiteral("CW 599 up 2");
+        spot.spotTime = QDateTime::fromMSecsSinceEpoch(now, Qt::UTC);
+        model.mergeSpots({spot});
+        state.ResumeTiming();
+        tracker.applyMergeChanges(model.lastMergeChanges());
+        const QString message = QString::fromUtf8(ApiJson::spotsChangedEvent(++version, tracker.take()));
+        bytes = message.size();
+        benchmark::DoNotOptimize(message.constData());
+    }
+    state.counters["chars"] = double(bytes);
+    state.counters["rows"] = double(tracker.sentCount());
+}
+// Bounded: every iteration also runs an untimed merge of milliseconds.
+BENCHMARK(BM_SpotsChangedJson)->Arg(20000)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 
 void BM_StatusHeartbeat(benchmark::State &state)
 {

@@ -8,8 +8,8 @@
 
 namespace {
 // The API's names, in the order of StationSpot::Source and of the mode classes.
-constexpr const char *k_sourceKeys[FilterState::k_sourceCount] = {"sota", "pota", "wwff", "wwbota",
-                                                                  "bota", "dx",   "gma"};
+constexpr const char *k_sourceKeys[FilterState::k_sourceCount] = {"sota", "pota", "wwff", "wwbota", "bota",
+                                                                  "dx",   "gma",  "rbn",  "zlota",  "siota"};
 constexpr const char *k_modeKeys[FilterState::k_modeCount] = {"mode_ssb", "mode_cw", "mode_am", "mode_fm",
                                                               "mode_other"};
 
@@ -71,8 +71,7 @@ void FilterState::applyTo(SpotFilterProxyModel &proxy) const
     for (int i = 0; i < k_sourceCount; ++i)
         sameSources = sameSources && proxy.isSourceEnabled(i) == sources[size_t(i)];
     if (!sameSources)
-        proxy.setSourceFilter(sources[0], sources[1], sources[2], sources[3], sources[4], sources[5],
-                              sources[6]);
+        proxy.setSourceFilter(sources);
     bool sameModes = true;
     for (int i = 0; i < k_modeCount; ++i)
         sameModes = sameModes && proxy.isModeClassEnabled(static_cast<SpotFilterProxyModel::ModeClass>(i)) ==

@@ -20,6 +20,9 @@ constexpr QRgb k_programmeColours[StationSpot::k_sourceCount] = {
     0xffd8c840, // BOTA
     0xff40a8e8, // DX
     0xff9860e8, // GMA
+    0xff7890a8, // RBN
+    0xff30b8c8, // ZLOTA
+    0xffc89858, // SIOTA
 };
 
 } // namespace

@@ -3,6 +3,9 @@
 #include "model/stationmodel.h"
 
 #include <QTimer>
+
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -24,41 +27,49 @@ SpotFilterProxyModel::SpotFilterProxyModel(QObject *parent)
     setSortRole(Qt::UserRole);
     setFilterCaseSensitivity(Qt::CaseInsensitive);
     // Spots age out of the max-age window without any new data arriving.
-    connect(m_refilterTimer, &QTimer::timeout, this, &SpotFilterProxyModel::invalidateFilter);
+    connect(m_refilterTimer, &QTimer::timeout, this, &SpotFilterProxyModel::refilter);
     m_refilterTimer->start(k_refilterMs);
 }
 
 SpotFilterProxyModel::~SpotFilterProxyModel() = default;
 
+void SpotFilterProxyModel::setSourceFilter(const SourceFlags &enabled)
+{
+    m_sourceEnabled = enabled;
+    refilter();
+}
+
 void SpotFilterProxyModel::setSourceFilter(bool sota, bool pota, bool wwff, bool wwbota, bool bota, bool dx,
                                            bool gma)
 {
-    m_sourceEnabled = {{sota, pota, wwff, wwbota, bota, dx, gma}};
-    invalidateFilter();
+    SourceFlags enabled = m_sourceEnabled;
+    const bool named[] = {sota, pota, wwff, wwbota, bota, dx, gma};
+    std::copy(std::begin(named), std::end(named), enabled.begin());
+    setSourceFilter(enabled);
 }
 
 void SpotFilterProxyModel::setStatusFilter(int status)
 {
     m_statusFilter = status;
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setTextFilter(const QString &text)
 {
     m_textFilter = text.trimmed();
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setModeFilter(bool ssb, bool cw, bool am, bool fm, bool other)
 {
     m_modeEnabled = {{ssb, cw, am, fm, other}};
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setMaxAgeMins(int minutes)
 {
     m_maxAgeMins = minutes;
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setBandFilter(const QSet<QString> &bands)
@@ -66,19 +77,19 @@ void SpotFilterProxyModel::setBandFilter(const QSet<QString> &bands)
     m_bands = bands;
     for (size_t i = 0; i < k_bands.size(); ++i)
         m_bandEnabled[i] = bands.contains(QLatin1String(k_bands[i].name));
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setPotaPrograms(const QSet<QString> &programs)
 {
     m_potaPrograms = programs;
-    invalidateFilter();
+    refilter();
 }
 
 void SpotFilterProxyModel::setSotaAssociations(const QSet<QString> &associations)
 {
     m_sotaAssociations = associations;
-    invalidateFilter();
+    refilter();
 }
 
 bool SpotFilterProxyModel::isSourceEnabled(int source) const
@@ -120,7 +131,7 @@ void SpotFilterProxyModel::setSourceModel(QAbstractItemModel *model)
 void SpotFilterProxyModel::setHiddenTest(HiddenTest test)
 {
     m_hiddenTest = std::move(test);
-    invalidateFilter();
+    refilter();
 }
 
 bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
@@ -131,8 +142,20 @@ bool SpotFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
         return true;
     if (sourceRow < 0 || sourceRow >= model->spots().size())
         return false;
-    const StationSpot &spot = model->spots().at(sourceRow);
+    return acceptsSpot(model->spots().at(sourceRow));
+}
 
+void SpotFilterProxyModel::refilter()
+{
+    invalidateFilter();
+    emit visibilityRulesChanged();
+}
+
+bool SpotFilterProxyModel::acceptsSpot(const StationSpot &spot) const
+{
+    const StationModel *model = m_stationModel.data();
+    if (!model)
+        return true;
     if (!(spot.frequencyKhz > 0.0))
         return false;
     if (m_hiddenTest && m_hiddenTest(spot))

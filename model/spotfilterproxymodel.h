@@ -28,9 +28,10 @@ public:
     static constexpr int k_statusAll = -1;
     static constexpr int k_refilterMs = 60000;
     static constexpr int k_defaultMaxAgeMins = 30;
-    // DX clusters are opt-in; every web source shows from the start.
-    static constexpr std::array<bool, StationSpot::k_sourceCount> k_defaultSourceEnabled{
-        {true, true, true, true, true, false, true}};
+    using SourceFlags = std::array<bool, StationSpot::k_sourceCount>; // by StationSpot::Source
+    // The streams (DX clusters, skimmers) are opt-in; every web source shows from the start.
+    static constexpr SourceFlags k_defaultSourceEnabled{
+        {true, true, true, true, true, false, true, false, true, true}};
 
     enum ModeClass : int { SsbMode = 0, CwMode = 1, AmMode = 2, FmMode = 3, OtherMode = 4 };
     static constexpr int k_modeClassCount = OtherMode + 1;
@@ -38,6 +39,8 @@ public:
     explicit SpotFilterProxyModel(QObject *parent = nullptr);
     ~SpotFilterProxyModel() override;
 
+    void setSourceFilter(const SourceFlags &enabled);
+    // The first seven sources by name; the later ones keep their choice.
     void setSourceFilter(bool sota, bool pota, bool wwff, bool wwbota, bool bota, bool dx, bool gma);
     void setStatusFilter(int status);
     void setTextFilter(const QString &text);
@@ -67,15 +70,24 @@ public:
 
     void setSourceModel(QAbstractItemModel *model) override;
 
+    // The row test on a spot of the model (the age against the model's clock).
+    bool acceptsSpot(const StationSpot &spot) const;
+
+signals:
+    // Any rule changed (or the age window moved on): rows may have come or gone.
+    void visibilityRulesChanged();
+
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
 
 private:
+    void refilter();
+
     // The source as a station model, or null; looked up once, not per row,
     // and cleared should the model go before the proxy.
     QPointer<const StationModel> m_stationModel;
-    std::array<bool, StationSpot::k_sourceCount> m_sourceEnabled = k_defaultSourceEnabled;
+    SourceFlags m_sourceEnabled = k_defaultSourceEnabled;
     int m_statusFilter = k_statusActive;
     QString m_textFilter;
     std::array<bool, k_modeClassCount> m_modeEnabled{{true, true, true, true, true}};

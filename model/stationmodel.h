@@ -52,6 +52,15 @@ public:
     // Milliseconds since the Unix epoch, UTC.
     using Clock = std::function<qint64()>;
 
+    // What one merge did to the rows, by key: the API sends changes from
+    // this rather than comparing whole tables.
+    struct MergeChanges
+    {
+        QList<int> addedRows;   // rows (after the merge) of keys the table did not have
+        QList<int> updatedRows; // rows whose key stayed but whose spot was replaced
+        QStringList removedKeys;
+    };
+
     explicit StationModel(QObject *parent = nullptr);
     ~StationModel() override;
 
@@ -65,6 +74,8 @@ public:
     // and reference, carries statuses by key and regroups; resets the model.
     void mergeSpots(const QList<StationSpot> &batch);
     void clearSpots();
+    // The change set of the last merge; spotsMerged carries the same.
+    const MergeChanges &lastMergeChanges() const { return m_lastChanges; }
 
     // A copy of the row's spot; out of range, a default spot whose source is
     // the invalid value StationSpot::k_sourceCount.
@@ -126,6 +137,10 @@ public:
 public slots:
     void refreshAgeColumn();
 
+signals:
+    // After every merge, once the model reset is over.
+    void spotsMerged(const StationModel::MergeChanges &changes);
+
 private:
     // One run of mergeSpots, phase by phase (stationmodelmerge.cpp).
     class MergePass;
@@ -179,4 +194,5 @@ private:
     LoweredSet m_watchCallsigns;
     LoweredSet m_watchReferences;
     Clock m_clock;
+    MergeChanges m_lastChanges;
 };

@@ -13,6 +13,7 @@ constexpr quint64 k_fnvPrime = 1099511628211ULL;
 constexpr quint64 k_fnvBasis = 1469598103934665603ULL;
 constexpr quint64 k_callSeed = k_fnvBasis;
 constexpr quint64 k_refSeed = k_fnvBasis ^ 0x9e3779b97f4a7c15ULL;
+constexpr quint64 k_activationSeed = k_fnvBasis ^ 0xc2b2ae3d27d4eb4fULL;
 
 // A hash that agrees with QString::compare(..., Qt::CaseInsensitive): texts
 // equal ignoring case hash equally.
@@ -106,6 +107,10 @@ bool StationModel::areLinked(const StationSpot &a, const StationSpot &b)
     // Written as "not within" so that a NaN frequency never links.
     if (!(std::fabs(a.frequencyKhz - b.frequencyKhz) <= k_linkFreqKhz))
         return false;
+    // One activation at several references, as its service says: together,
+    // whatever the calls, references and times.
+    if (!a.activationId.isEmpty() && a.source == b.source && a.activationId == b.activationId)
+        return true;
     if (!a.spotTime.isValid() || !b.spotTime.isValid())
         return false;
     if (std::abs(a.spotTime.secsTo(b.spotTime)) > k_linkSecs)
@@ -124,7 +129,12 @@ void StationModel::appendLinkCandidates(std::vector<LinkCandidate> &candidates, 
                                         int row)
 {
     // Such spots never link; leaving them out also keeps the ordering sound.
-    if (!std::isfinite(spot.frequencyKhz) || !spot.spotTime.isValid())
+    if (!std::isfinite(spot.frequencyKhz))
+        return;
+    if (!spot.activationId.isEmpty())
+        candidates.push_back(
+            {foldedHash(spot.activationId, k_activationSeed ^ quint64(spot.source)), spot.frequencyKhz, row});
+    if (!spot.spotTime.isValid())
         return;
     candidates.push_back({foldedHash(spot.callsign, k_callSeed), spot.frequencyKhz, row});
     if (!spot.reference.isEmpty())

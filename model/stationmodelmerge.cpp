@@ -5,6 +5,7 @@
 #include "model/stationmodel.h"
 
 #include <QMultiHash>
+#include <QSet>
 
 #include <algorithm>
 #include <limits>
@@ -69,10 +70,14 @@ public:
     void readCurrentRows();
     void orderByTime();
     void takeRows();
+    void noteDroppedRows();
     void carryLinkCandidates();
     void carryLinkPairs();
     void addFreshLinkPairs();
     void commit();
+    // Which keys came, went or were replaced; proportional to the rows that
+    // left and arrived, never to the table.
+    MergeChanges changes() const;
 
 private:
     // A batch spot young enough to stay.
@@ -113,6 +118,8 @@ private:
     QList<StationSpot> m_rows;
     std::vector<RowInfo> m_rowInfo;
     std::vector<int> m_oldToNew;
+    QStringList m_droppedKeys; // keys of the current rows that did not stay
+    QList<int> m_freshRows;    // rows of m_rows taken from the batch
     std::vector<LinkCandidate> m_freshCandidates;
     std::vector<LinkCandidate> m_candidates;
     LinkPairs m_pairs;
@@ -127,18 +134,21 @@ void StationModel::mergeSpots(const QList<StationSpot> &batch)
     pass.orderByTime();
     beginResetModel();
     pass.takeRows(); // moves the surviving rows out of m_spots
+    pass.noteDroppedRows();
     pass.carryLinkCandidates();
     pass.carryLinkPairs();
     pass.addFreshLinkPairs();
     pass.commit();
     endResetModel();
+    m_lastChanges = pass.changes();
+    emit spotsMerged(m_lastChanges);
 }
 
 void StationModel::MergePass::readBatch()
 {
-    // A DX batch is one line of a stream, never a source's whole picture.
+    // A stream's batch is a few of its lines, never the source's whole picture.
     for (const StationSpot &spot : m_batch) {
-        if (spot.source != StationSpot::DX && !isReplaced(spot.source))
+        if (!StationSpot::isStreamSource(spot.source) && !isReplaced(spot.source))
             m_replacedSources.push_back(spot.source);
     }
     m_incoming.reserve(size_t(m_batch.size()));
@@ -236,10 +246,21 @@ void StationModel::MergePass::takeRows()
             if (in->hasStatus)
                 m_rows.last().status = in->status;
             appendLinkCandidates(m_freshCandidates, m_rows.last(), row);
+            m_freshRows.append(row);
         } else {
             m_rows.append(std::move(m_model.m_spots[e.index]));
             m_oldToNew[size_t(e.index)] = row;
         }
+    }
+}
+
+void StationModel::MergePass::noteDroppedRows()
+{
+    // Moved-from rows have lost their texts; the rows that stay are moved,
+    // so the dropped ones still hold theirs.
+    for (size_t row = 0; row < m_oldToNew.size(); ++row) {
+        if (m_oldToNew[row] < 0)
+            m_droppedKeys.append(m_model.m_spots.at(int(row)).key());
     }
 }
 
@@ -251,6 +272,21 @@ bool StationModel::MergePass::isKeptAlready(const QMultiHash<quint64, int> &cont
             return true;
     }
     return false;
+}
+
+StationModel::MergeChanges StationModel::MergePass::changes() const
+{
+    MergeChanges result;
+    QSet<QString> dropped(m_droppedKeys.cbegin(), m_droppedKeys.cend());
+    for (const int row : m_freshRows) {
+        const bool replaced = !dropped.isEmpty() && dropped.remove(m_model.m_spots.at(row).key());
+        (replaced ? result.updatedRows : result.addedRows).append(row);
+    }
+    for (const QString &key : m_droppedKeys) {
+        if (dropped.contains(key))
+            result.removedKeys.append(key);
+    }
+    return result;
 }
 
 // The kept candidates stay in order when renumbered; the few new ones are

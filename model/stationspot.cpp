@@ -33,6 +33,12 @@ QString StationSpot::sourceName(int source)
         return QStringLiteral("DX");
     case GMA:
         return QStringLiteral("GMA");
+    case RBN:
+        return QStringLiteral("RBN");
+    case ZLOTA:
+        return QStringLiteral("ZLOTA");
+    case SIOTA:
+        return QStringLiteral("SIOTA");
     default:
         return QStringLiteral("?");
     }

@@ -9,10 +9,21 @@
 // program passes around.
 struct StationSpot
 {
-    enum Source : int { SOTA = 0, POTA = 1, WWFF = 2, WWBOTA = 3, BOTA = 4, DX = 5, GMA = 6 };
+    enum Source : int {
+        SOTA = 0,
+        POTA = 1,
+        WWFF = 2,
+        WWBOTA = 3,
+        BOTA = 4,
+        DX = 5,
+        GMA = 6,
+        RBN = 7, // skimmers: a stream like DX, with no programme reference
+        ZLOTA = 8,
+        SIOTA = 9
+    };
     enum Status : int { Unknown = 0, Heard = 1, Contacted = 2, NotHeard = 3 };
     // Sources are numbered 0 to k_sourceCount - 1; arrays over them use this size.
-    static constexpr int k_sourceCount = 7;
+    static constexpr int k_sourceCount = SIOTA + 1;
 
     Source source = SOTA;
     QString callsign;
@@ -30,6 +41,9 @@ struct StationSpot
     double lon = 0.0;
     Status status = Unknown;
     int groupId = 0;
+    // The service's id of one activation, where one spot names several
+    // references (ZLOTA): rows sharing it belong together. Empty elsewhere.
+    QString activationId;
 
     // call|reference|whole kHz truncated toward zero; two reports a fraction
     // of a kHz apart share a key on purpose.
@@ -37,6 +51,9 @@ struct StationSpot
     QString sourceString() const;
 
     static QString sourceName(int source);
+    // Streamed sources (DX clusters, skimmers): a batch is a few new lines,
+    // never the source's whole picture.
+    static bool isStreamSource(int source) { return source == DX || source == RBN; }
     static QString statusText(Status status);
 };
 

@@ -70,6 +70,12 @@ double frequency(const QJsonValue &value, DecimalComma comma)
     return std::isfinite(result) ? result : 0.0;
 }
 
+double mhzToKhz(double mhz)
+{
+    const double khz = std::round(mhz * 1.0e6) / 1000.0;
+    return std::isfinite(khz) ? khz : 0.0; // a huge text overflows
+}
+
 double mhzOrKhzToKhz(double value)
 {
     return value <= 1000.0 ? value * 1000.0 : value;

@@ -35,6 +35,10 @@ enum class DecimalComma { Rejected, Accepted };
 // a text with a comma and no point ("14,061") is read with the comma as point.
 double frequency(const QJsonValue &value, DecimalComma comma = DecimalComma::Rejected);
 
+// MHz to kHz, to the nearest Hz: "4.047" times 1000 is a hair under 4047,
+// and a spot's key truncates the kHz.
+double mhzToKhz(double mhz);
+
 // A value that may be MHz or kHz: 1000 or less is MHz and is scaled.
 double mhzOrKhzToKhz(double value);
 

@@ -121,7 +121,9 @@ void SpotFetcher::fetch()
 QNetworkReply *SpotFetcher::get(const QString &path)
 {
     QUrl url = m_serviceUrl;
-    url.setPath(path);
+    const qsizetype query = path.indexOf(QLatin1Char('?'));
+    url.setPath(path.left(query));
+    url.setQuery(query < 0 ? QString() : path.mid(query + 1));
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::UserAgentHeader, QString::fromLatin1(k_userAgent));
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
@@ -177,7 +179,7 @@ bool SpotFetcher::handleNetworkReply(QNetworkReply *reply)
         emit spotsReady(m_lastSpots);
         return true;
     }
-    const QString path = reply->request().url().path();
+    const QString path = QString::fromLatin1(m_source.spotsPath); // the key get() looked up
     const SpotParse parsed = parseResponse(reply->readAll());
     const bool fresh = parsed.error.isEmpty();
     if (fresh) {

@@ -11,5 +11,8 @@ SpotParse sota(const QByteArray &body);
 SpotParse wwff(const QByteArray &body);
 SpotParse wwbota(const QByteArray &body);
 SpotParse gma(const QByteArray &body);
+SpotParse zlota(const QByteArray &body);
+// ParksnPeaks serves every Australian programme; only its silos are taken.
+SpotParse parksnpeaks(const QByteArray &body);
 
 } // namespace WebParsers

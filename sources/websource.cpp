@@ -18,6 +18,10 @@ const WebSource k_webSources[] = {
     // Beaches on the Air has no public spot service yet.
     {StationSpot::BOTA},
     {StationSpot::GMA, "https://www.cqgma.org", "/api/spots/gma/", &WebParsers::gma},
+    // A slow service: it gets longer than a hung request would.
+    {StationSpot::ZLOTA, "https://ontheair.nz", "/api/spots.js?zlota_only=true", &WebParsers::zlota, nullptr,
+     10000},
+    {StationSpot::SIOTA, "https://www.parksnpeaks.org", "/api/ALL", &WebParsers::parksnpeaks},
 };
 
 } // namespace

@@ -21,7 +21,7 @@ struct WebSource
 
     StationSpot::Source source = StationSpot::BOTA;
     const char *defaultUrl = nullptr; // scheme and host
-    const char *spotsPath = nullptr;  // none: a placeholder that never sends
+    const char *spotsPath = nullptr;  // may carry a query; none: a placeholder that never sends
     Parser parse = nullptr;
     // A short text that changes whenever the spot list does: when given, the
     // list is asked for only after it moved.

@@ -26,7 +26,8 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "refreshIntervalSecs":120,"hasUserLocation":true,"latitude":54.4542,"longitude":-3.2116,
     "hamlib":{"rigModel":3073,"port":"/dev/ttyUSB0","baudRate":38400,"dataBits":7,"stopBits":2,"parity":2,
     "handshake":1,"dtrState":1,"rtsState":2,"pttType":3},
-    "sources":{"sota":false,"pota":true,"wwff":false,"wwbota":true,"bota":false,"dx":true,"gma":false},
+    "sources":{"sota":false,"pota":true,"wwff":false,"wwbota":true,"bota":false,"dx":true,"gma":false,
+    "rbn":true,"zlota":false,"siota":false},
     "dxClusters":[{"host":"cluster.example.org","port":7300},{"host":"10.0.0.2","port":8000}],
     "modes":{"ssb":false,"cw":true,"am":false,"fm":true,"other":false},"statusFilter":3,"sortColumn":2,
     "sortOrder":0,"disabledBands":["60m","70cm"],"potaPrograms":["US","K"],"sotaAssociations":["W4C"],
@@ -150,7 +151,7 @@ private slots:
                R"({"latitude":90,"longitude":-180})");
         addRow("sources without dx and gma", R"({"sources":{"sota":false},"modes":{"cw":false}})",
                R"({"sources":{"sota":false,"pota":true,"wwff":true,"wwbota":true,"bota":true,"dx":false,
-            "gma":true},"modes":{"ssb":true,"cw":false,"am":true,"fm":true,"other":true}})");
+            "gma":true,"rbn":false,"zlota":true,"siota":true},"modes":{"ssb":true,"cw":false,"am":true,"fm":true,"other":true}})");
         // A band name the table lacks is dropped; a layout blob that is not base64 is never handed
         // to the window.
         addRow("lists and blobs", R"({"disabledBands":["20m","11m",5,""],"watchCallsigns":["W4GXX",null,

@@ -56,7 +56,7 @@ QVariantList fields(const StationSpot &s)
 const char k_corrupt[] = "{\"saved\":\"2026-";
 const char k_noSpots[] =
     "{\"saved\":\"2026-09-21T14:13:20Z\","
-    "\"spots\":[{\"source\":9,\"callsign\":\"K1ABC\"},{\"source\":1,\"callsign\":\"\"},7]}";
+    "\"spots\":[{\"source\":99,\"callsign\":\"K1ABC\"},{\"source\":1,\"callsign\":\"\"},7]}";
 
 } // namespace
 
@@ -248,7 +248,7 @@ private slots:
         QCOMPARE(readFile(before), first + first);
         QCOMPARE(readFile(after), ContactLog::recordLine(s, QString(), now));
         // An out-of-range source still gets its own file.
-        s.source = StationSpot::Source(9);
+        s.source = StationSpot::Source(StationSpot::k_sourceCount);
         QCOMPARE(QFileInfo(log.filePath(s)).fileName(), QStringLiteral("contacts-?-2026-11-15.jsonl"));
         // A directory where the file should be loses the line, quietly.
         QVERIFY(QDir().mkpath(log.filePath(s)));

@@ -75,8 +75,10 @@ private slots:
         QCOMPARE(labelText(w, "statusRefresh"),
                  QStringLiteral("Last refresh: not yet (the scribes are en route…)"));
         QCOMPARE(labelText(w, "callsignLabel"), QStringLiteral("DE: [not set]"));
-        // Every web source but the inert BOTA slot asks at once; SOTA asks for its epoch first.
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 6, 5000);
+        // Every web source but the inert slots (BOTA, RBN) asks at once; SOTA asks for its epoch first.
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->requestCount(), 8, 5000);
+        QCOMPARE(m_server->requestCount("/api/spots.js?zlota_only=true"), 1); // the query kept as one
+        QCOMPARE(m_server->requestCount("/api/ALL"), 1);
         QTRY_VERIFY_WITH_TIMEOUT(!messages.filter(QStringLiteral("The oracles have failed us: ")).isEmpty(),
                                  5000);
         QVERIFY(w.findChild<HamlibLink *>()->controller()->thread() != w.thread());
@@ -97,8 +99,9 @@ private slots:
         m_server->setRoute("/spot/", potaSpots(stations.join(QStringLiteral(", ")), 10));
 
         MainWindow w(services());
-        QTRY_COMPARE_WITH_TIMEOUT(labelText(w, "statusSpots"),
-                                  QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            labelText(w, "statusSpots"),
+            QStringLiteral("Showing 35 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0 R:0 Z:0 SI:0"), 5000);
         QTRY_VERIFY_WITH_TIMEOUT(QRegularExpression(QStringLiteral("^Last refresh: \\d\\d:\\d\\d:\\d\\d$"))
                                      .match(labelText(w, "statusRefresh"))
                                      .hasMatch(),
@@ -109,7 +112,7 @@ private slots:
         QVERIFY(pota->isAutoRefreshing());
         button(w, "sourceBtn", QStringLiteral("POTA"))->click();
         QCOMPARE(labelText(w, "statusSpots"),
-                 QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0"));
+                 QStringLiteral("Showing 0 of 35  S:0 P:40 W:0 WB:0 B:0 DX:0 G:0 R:0 Z:0 SI:0"));
         QVERIFY(!pota->isAutoRefreshing());
         QCOMPARE(readSettings().value(QStringLiteral("sources")).toObject().value(QStringLiteral("pota")),
                  QJsonValue(false));

@@ -43,19 +43,20 @@ private slots:
     {
         SpotIngestor ingestor(m_model);
         ingestor.setClock([this] { return m_clockTime; });
-        for (int source = 0; source < StationSpot::k_sourceCount; ++source) { // sizes 1 to 7
+        for (int source = 0; source < StationSpot::k_sourceCount; ++source) { // sizes 1 to 10
             QList<StationSpot> spots = batch(StationSpot::Source(source), source + 1);
             if (source == StationSpot::POTA)
                 spots.last() = spots.first(); // two delivered, one row in the table
             ingestor.receive(spots);
         }
-        QTRY_COMPARE(m_model->rowCount(), 27); // DX lines are merged once the event loop turns
-        const QString counts = QStringLiteral("Showing 9 of 27  S:1 P:2 W:3 WB:4 B:5 DX:6 G:7");
+        QTRY_COMPARE(m_model->rowCount(), 54); // DX lines are merged once the event loop turns
+        const QString counts = QStringLiteral("Showing 9 of 54  S:1 P:2 W:3 WB:4 B:5 DX:6 G:7 R:8 Z:9 SI:10");
         QCOMPARE(ingestor.countsText(9), counts);
         QCOMPARE(ingestor.lastRefresh(StationSpot::POTA), m_clockTime);
         QVERIFY(!ingestor.lastRefresh(StationSpot::BOTA).isValid());
         QVERIFY(!ingestor.lastRefresh(StationSpot::DX).isValid());
         QCOMPARE(ingestor.lastBatchSize(StationSpot::DX), 0);
+        QCOMPARE(ingestor.lastBatchSize(StationSpot::RBN), 0);
 
         ingestor.setClock([] { return QDateTime(QDate(2030, 1, 1), QTime(0, 0)); });
         ingestor.receive({});
@@ -210,12 +211,12 @@ private slots:
     void apiJson()
     {
         FilterState state;
-        state.sources = {{false, true, false, false, true, true, false}};
+        state.sources = {{false, true, false, false, true, true, false, true, false, true}};
         state.modes = {{false, true, true, false, false}};
         state.statusIndex = 3;
         state.maxAgeMins = 45;
         QCOMPARE(state.toApiJson(), parse(R"({"sota": false, "pota": true, "wwff": false, "wwbota": false,
-            "bota": true, "dx": true, "gma": false, "mode_ssb": false, "mode_cw": true, "mode_am": true,
+            "bota": true, "dx": true, "gma": false, "rbn": true, "zlota": false, "siota": true, "mode_ssb": false, "mode_cw": true, "mode_am": true,
             "mode_fm": false, "mode_other": false, "status_mode": 2, "max_age_mins": 45, "hide_worked": false})"));
     }
 

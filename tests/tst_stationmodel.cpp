@@ -51,6 +51,7 @@ QList<S> plainMerge(const QList<S> &current, const QList<S> &batch, qint64 nowMs
     for (const S &s : batch)
         sources.insert(s.source);
     sources.remove(S::DX);
+    sources.remove(S::RBN);
     QList<S> merged = current;
     merged.removeIf([&](const S &s) { return sources.contains(s.source); });
     for (S s : batch) {
@@ -142,6 +143,11 @@ private slots:
         QTest::newRow("other reference") << pota << "POTA K2B US-2 7030" << false;
         QTest::newRow("no references") << "DX K1A - 7030"
                                        << "DX K2B - 7030" << false;
+        // One activation at two references, as its service numbers it, hours apart in the table.
+        const char *const zlota = "ZLOTA#48213 ZL2ABC ZLP/WK-0503 7095";
+        QTest::newRow("one activation") << zlota << "ZLOTA#48213 ZL2ABC ZLH/WK-0112 7095 5000" << true;
+        QTest::newRow("two activations") << zlota << "ZLOTA#48214 ZL2ABC ZLH/WK-0112 7095" << false;
+        QTest::newRow("one number, two services") << zlota << "SIOTA#48213 VK3A VK-BRM3 7095" << false;
     }
 
     void linking()
@@ -249,6 +255,8 @@ private slots:
                     // order.
                     const qint64 ms = m_now - rng.bounded(12000) * 1000 - ++serial % 1000;
                     batch.last().spotTime = QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
+                    if (source == QLatin1String("ZLOTA"))
+                        batch.last().activationId = QString::number(rng.bounded(3));
                 }
                 expected = plainMerge(expected, batch, m_now);
                 m_model->mergeSpots(batch);

@@ -1,3 +1,5 @@
+#include "model/referencekind.h"
+#include "model/stationmodel.h"
 #include "sources/gmaspotfetcher.h"
 #include "sources/potaspotfetcher.h"
 #include "sources/sotaspotfetcher.h"
@@ -40,9 +42,18 @@ QByteArray reply(StationSpot::Source source, const QByteArray &elements)
                                       : QByteArray("[" + elements + "]");
 }
 
+// A ZLOTA reply as the service sends it: one activation at two references, and another.
+const char k_zlotaReply[] = R"({"id": 48213, "activator": "ZL2ABC", "reference": "ZLP/WK-0503",
+      "name": "Pureora Forest Park", "frequency": "7.095", "mode": "ssb", "referenced_time": "2026-11-21T01:14:00Z",
+      "comments": " two refs ", "spotter": "zl1xyz"},
+    {"id": 48213, "activator": "ZL2ABC", "reference": "ZLH/WK-0112", "name": "Waihaha Hut", "frequency": "7.095",
+      "mode": "SSB", "referenced_time": "2026-11-21T01:14:00Z", "comments": "two refs", "spotter": "ZL1XYZ"},
+    {"id": "48220", "activator": "zl4pq", "reference": "ZLV/CB-0002", "name": "Banks Peninsula",
+      "frequency": "14.0625", "mode": "CW", "referenced_time": "2026-11-21T01:20:30.500+00:00"})";
+
 // One spot in the shape of every source.
 const char k_anySpot[] = R"({"activator": "A1", "call": "A1", "ACTIVATOR": "A1", "activatorCallsign": "A1",
-                             "references": [{"reference": "B/1"}]})";
+                             "references": [{"reference": "B/1"}], "actCallsign": "A1", "actClass": "SiOTA"})";
 
 // Each service's fetcher class and the path it must ask for; its parser comes from the table of sources.
 struct Service
@@ -57,6 +68,12 @@ Service service(const char *path)
     return {[](const QUrl &url) { return new Fetcher(nullptr, url); }, path};
 }
 
+// A source without a class of its own: the fetcher made from its description.
+Service described(StationSpot::Source source, const char *path)
+{
+    return {[source](const QUrl &url) { return new SpotFetcher(WebSource::of(source), nullptr, url); }, path};
+}
+
 SpotParse parseReply(StationSpot::Source source, const QByteArray &body)
 {
     return WebSource::of(source).parse(body);
@@ -69,7 +86,9 @@ const QMap<StationSpot::Source, Service> &services()
         {StationSpot::SOTA, service<SotaSpotFetcher>("/api/spots/-72")},
         {StationSpot::WWFF, service<WwffSpotFetcher>("/static/spots.json")},
         {StationSpot::WWBOTA, service<WwbotaSpotFetcher>("/spots/")},
-        {StationSpot::GMA, service<GmaSpotFetcher>("/api/spots/gma/")}};
+        {StationSpot::GMA, service<GmaSpotFetcher>("/api/spots/gma/")},
+        {StationSpot::ZLOTA, described(StationSpot::ZLOTA, "/api/spots.js?zlota_only=true")},
+        {StationSpot::SIOTA, described(StationSpot::SIOTA, "/api/ALL")}};
     return all;
 }
 
@@ -238,6 +257,63 @@ private slots:
             {"ACTIVATOR": "", "DATE": "20240501", "TIME": "0930"}, "A7")",
             {"A1|||1000000||||||2024-05-01T00:05:00.000Z|-", "A2|||7032||||||2024-03-31T02:30:00.000Z|-",
              "A3|||14285|||||||-", "A4|||0|||||||-", "A5|||0|||||||-"});
+
+        source = StationSpot::ZLOTA;
+        // One activation at a park and a hut is two rows; MHz text to the Hz.
+        row("reply", k_zlotaReply,
+            {"ZL2ABC|ZLP/WK-0503|Pureora Forest Park|7095|SSB|ZL1XYZ|two refs|||2026-11-21T01:14:00.000Z|-",
+             "ZL2ABC|ZLH/WK-0112|Waihaha Hut|7095|SSB|ZL1XYZ|two refs|||2026-11-21T01:14:00.000Z|-",
+             "ZL4PQ|ZLV/CB-0002|Banks Peninsula|14062.5|CW|||||2026-11-21T01:20:30.500Z|-"});
+        row("odd rows",
+            R"({"activator": "A1", "frequency": "4.047", "referenced_time": "2026-11-21T01:14:00"},
+              {"activator": "A2", "frequency": "abc", "referenced_time": "yesterday"},
+              {"activator": "A3", "frequency": null}, {"activator": "  ", "frequency": "7.1"}, 17, "ZL1X",
+              {"activator": 5, "reference": "ZLP/WK-0001"})",
+            {"A1|||4047||||||2026-11-21T01:14:00.000Z|-", "A2|||0|||||||-", "A3|||0|||||||-"});
+
+        source = StationSpot::SIOTA;
+        // Only the silos; the spotter under its misspelt key; the time without a zone is UTC.
+        row("reply",
+            R"({"actID": "912345", "actCallsign": "VK3ABC", "actClass": "SiOTA", "actSiteID": "VK-BRM3",
+              "actLocation": "Brim Silo", "actFreq": "7.144", "actMode": "SSB", "actTime": "2026-11-21 02:31:05",
+              "actComments": " silo art ", "actSpoter": "vk3xyz"},
+            {"actID": "912346", "actCallsign": "VK2DEF", "actClass": "POTA", "actSiteID": "AU-0123",
+              "actFreq": "14.310", "actMode": "SSB", "actTime": "2026-11-21 02:29:00"},
+            {"actCallsign": "VK3ABC", "actClass": "SOTA", "actSiteID": "VK3/VC-001", "actFreq": "7.144"},
+            {"actCallsign": "VK5GHI", "actClass": "WWFF", "actSiteID": "VKFF-0001", "actFreq": "7.1"},
+            {"actCallsign": "VK6JK", "actClass": "siota", "actSiteID": "VK-WAT6", "actFreq": "10.118",
+              "actMode": "cw", "actTime": "2026-11-21T02:10:00"})",
+            {"VK3ABC|VK-BRM3|Brim Silo|7144|SSB|VK3XYZ|silo art|||2026-11-21T02:31:05.000Z|-",
+             "VK6JK|VK-WAT6||10118|CW|||||2026-11-21T02:10:00.000Z|-"});
+        row("odd rows", R"({"actClass": "SiOTA", "actCallsign": "VK1A", "actFreq": "abc",
+              "actTime": "2026-13-45 99:00:00"}, {"actClass": "SiOTA", "actCallsign": "  ", "actFreq": "7.1"},
+              {"actClass": null, "actCallsign": "VK1B"}, {"actCallsign": "VK1C"}, 1, "SiOTA")",
+            {"VK1A|||0|||||||-"});
+    }
+
+    // Rows sharing an id are one activation: grouped, whatever the other rules say.
+    void zlotaActivationGrouped()
+    {
+        QList<StationSpot> spots =
+            parseReply(StationSpot::ZLOTA, reply(StationSpot::ZLOTA, k_zlotaReply)).spots;
+        QCOMPARE(spots.size(), 3);
+        QCOMPARE(spots.at(0).activationId, QStringLiteral("48213"));
+        QCOMPARE(spots.at(2).activationId, QStringLiteral("48220")); // sent as text
+        StationModel::computeGroups(spots);
+        QVERIFY(spots.at(0).groupId != 0);
+        QCOMPARE(spots.at(1).groupId, spots.at(0).groupId);
+        QCOMPARE(spots.at(2).groupId, 0);
+        // The reference's third letter names its kind; another programme's reference names none.
+        QCOMPARE(ReferenceKind::of(spots.at(0)) + ReferenceKind::of(spots.at(1)) +
+                     ReferenceKind::of(spots.at(2)),
+                 QStringLiteral("ParkHutVolcano"));
+        spots[0].source = StationSpot::POTA;
+        QCOMPARE(ReferenceKind::of(spots.at(0)), QString());
+        // An id that is no whole number names nothing.
+        const SpotParse odd = parseReply(StationSpot::ZLOTA, R"([{"activator": "A", "id": 1.5},
+            {"activator": "B", "id": -2}, {"activator": "C", "id": 1e300}, {"activator": "D", "id": true}])");
+        for (const StationSpot &spot : odd.spots)
+            QCOMPARE(spot.activationId, QString());
     }
 
     void parse()

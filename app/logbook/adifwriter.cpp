@@ -26,7 +26,9 @@ QString programmeRefField(StationSpot::Source source)
 
 bool isProgramme(StationSpot::Source source)
 {
-    return source >= StationSpot::SOTA && source < StationSpot::k_sourceCount && source != StationSpot::DX;
+    // The streams name no programme; their spots' references are not awards.
+    return source >= StationSpot::SOTA && source < StationSpot::k_sourceCount &&
+           !StationSpot::isStreamSource(source);
 }
 
 QString commentOf(const ContactRecord &record, const AdifMode &mode)

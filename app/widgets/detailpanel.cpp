@@ -1,6 +1,7 @@
 #include "app/widgets/detailpanel.h"
 
 #include "app/widgets/radiopanel.h"
+#include "model/referencekind.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -113,7 +114,10 @@ void DetailPanel::showSpot(const StationSpot &spot, const QString &multiOp)
 {
     showLine(m_callsign, spot.callsign);
     showLine(m_reference, QStringLiteral("[%1] %2").arg(spot.sourceString(), spot.reference));
-    showLine(m_referenceName, spot.referenceName);
+    const QString kind = ReferenceKind::of(spot);
+    showLine(m_referenceName, kind.isEmpty() || spot.referenceName.isEmpty()
+                                  ? kind + spot.referenceName
+                                  : QStringLiteral("%1 — %2").arg(kind, spot.referenceName));
     showLine(m_frequency, spot.frequencyKhz > 0 ? QStringLiteral("%1 kHz").arg(spot.frequencyKhz, 0, 'f', 1)
                                                 : QStringLiteral("? kHz"));
     showLine(m_mode, spot.mode);

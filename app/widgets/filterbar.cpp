@@ -32,6 +32,11 @@ constexpr SourceButtonInfo k_sourceButtons[] = {
      "Beaches on the Air\nToggle to show/hide BOTA spots and stop/resume fetching"},
     {StationSpot::GMA, "GMA",
      "Global Mountain Activity\nToggle to show/hide GMA spots and stop/resume fetching"},
+    {StationSpot::ZLOTA, "ZLOTA",
+     "New Zealand on the Air\nToggle to show/hide ZLOTA spots and stop/resume fetching"},
+    {StationSpot::SIOTA, "SiOTA",
+     "Silos on the Air\nToggle to show/hide SiOTA spots and stop/resume fetching"},
+    {StationSpot::RBN, "RBN", "Reverse Beacon Network skimmers\nToggle to show/hide skimmer spots"},
     {StationSpot::DX, "DX Cluster", nullptr},
 };
 

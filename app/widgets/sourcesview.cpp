@@ -6,6 +6,7 @@
 #include "sources/dxclusterpool.h"
 #include "sources/sourcehealth.h"
 #include "sources/spotfetcher.h"
+#include "sources/websource.h"
 
 #include <QStatusBar>
 
@@ -27,7 +28,8 @@ void SourcesView::watch(StationSpot::Source source, SpotFetcher *fetcher)
 {
     connect(fetcher, &SpotFetcher::notice, this,
             [this](const QString &text) { m_statusBar->showMessage(text, 8000); });
-    if (source != StationSpot::BOTA)
+    // A placeholder with no service never answers, so it is never judged.
+    if (WebSource::of(source).spotsPath)
         m_health->watch(fetcher, StationSpot::sourceName(source));
 }
 

@@ -26,10 +26,12 @@ StationSpot ModelTest::spot(QAnyStringView text) const
 {
     const QStringList f = text.toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     StationSpot s;
+    const QStringList head = f.value(0).split(QLatin1Char('#')); // SOURCE or SOURCE#activation
     for (int source = 0; source < StationSpot::k_sourceCount; ++source) {
-        if (StationSpot::sourceName(source) == f.value(0))
+        if (StationSpot::sourceName(source) == head.value(0))
             s.source = StationSpot::Source(source);
     }
+    s.activationId = head.value(1);
     s.callsign = f.value(1);
     s.reference = f.value(2) == QLatin1String("-") ? QString() : f.value(2);
     s.frequencyKhz = f.value(3).toDouble();

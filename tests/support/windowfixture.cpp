@@ -23,7 +23,8 @@ void WindowTest::init()
     QDir(tallisDirPath()).removeRecursively();
     m_server = std::make_unique<HttpTestServer>();
     QVERIFY(m_server->start());
-    for (const char *path : {"/spot/", "/api/spots/-72", "/static/spots.json", "/spots/"})
+    for (const char *path : {"/spot/", "/api/spots/-72", "/static/spots.json", "/spots/",
+                             "/api/spots.js?zlota_only=true", "/api/ALL"})
         m_server->setRoute(path, "[]");
     m_server->setRoute("/api/spots/gma/", "{\"RCD\":[]}");
 }

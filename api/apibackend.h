@@ -6,6 +6,21 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
+// A spot a program asks to post; the spot's source is where it goes (POTA,
+// WWBOTA, or DX for a cluster node).
+struct ApiSpotPost
+{
+    StationSpot spot;
+    bool qrt = false;
+    bool force = false; // post even when spotted in the last five minutes
+};
+
+// Called once: where the spot went ("POTA", "WWBOTA" or the node's host), or
+// the error that stopped it.
+using ApiSpotAnswer = std::function<void(const QString &postedTo, const QString &error)>;
+
 // What the WebSocket API asks of the program. The main window implements it by
 // delegation; the server and its commands are tested against a fake.
 class ApiBackend
@@ -45,6 +60,9 @@ public:
     virtual void apiSetKeySpeed(int wpm) = 0;
     virtual void apiStartTune() = 0;
     virtual void apiRefresh() = 0;
+    // Checks and posts; the answer may come before this returns or later,
+    // when the service has answered.
+    virtual void apiPostSpot(const ApiSpotPost &post, ApiSpotAnswer answer) = 0;
 
 protected:
     ApiBackend() = default;

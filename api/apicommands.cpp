@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 
 namespace {
 
@@ -227,6 +228,47 @@ QByteArray cmdRefresh(const ApiContext &context, const QJsonObject &)
     return k_empty;
 }
 
+// The program asking is its own confirmation; the reply waits for the service.
+QByteArray cmdSpotPost(const ApiContext &context, const QJsonObject &data)
+{
+    if (!context.localPeer)
+        throw QStringLiteral("spot.post is accepted from this computer only");
+    ApiSpotPost post;
+    StationSpot &spot = post.spot;
+    spot.callsign = stringArg(data, QLatin1String("callsign")).trimmed();
+    if (spot.callsign.isEmpty())
+        throw QStringLiteral("missing callsign");
+    spot.frequencyKhz = numberArg(data, QLatin1String("freq_khz"), QStringLiteral("missing freq_khz"));
+    spot.mode = stringArg(data, QLatin1String("mode")).trimmed();
+    if (spot.mode.isEmpty())
+        throw QStringLiteral("missing mode");
+    const QString source = stringArg(data, QLatin1String("source"));
+    static const StationSpot::Source targets[] = {StationSpot::POTA, StationSpot::WWBOTA, StationSpot::DX};
+    const auto target =
+        std::find_if(std::begin(targets), std::end(targets),
+                     [&source](StationSpot::Source s) { return StationSpot::sourceName(s) == source; });
+    if (target == std::end(targets))
+        throw QStringLiteral("unknown source");
+    spot.source = *target;
+    spot.reference = stringArg(data, QLatin1String("reference"));
+    spot.comments = stringArg(data, QLatin1String("comments"));
+    post.qrt = data.value(QLatin1String("qrt")).toBool(false);
+    post.force = data.value(QLatin1String("force")).toBool(false);
+    const ApiLateReply reply = context.lateReply;
+    context.backend.apiPostSpot(post, [reply](const QString &postedTo, const QString &error) {
+        if (!reply)
+            return;
+        if (!error.isEmpty())
+            return reply(error, QByteArray());
+        JsonWriter out;
+        out.beginObject();
+        out.field("posted_to", postedTo);
+        out.endObject();
+        reply(QString(), out.take());
+    });
+    return QByteArray(); // answered by the late reply
+}
+
 QByteArray cmdVersionGet(const ApiContext &, const QJsonObject &)
 {
     JsonWriter out;
@@ -252,6 +294,7 @@ QHash<QString, ApiCommand> apiCommandTable()
         {QStringLiteral("spot.tune"), cmdSpotTune},
         {QStringLiteral("spot.status.set"), cmdSpotStatusSet},
         {QStringLiteral("spot.log"), cmdSpotLog},
+        {QStringLiteral("spot.post"), cmdSpotPost},
         {QStringLiteral("filter.get"), cmdFilterGet},
         {QStringLiteral("filter.set"), cmdFilterSet},
         {QStringLiteral("radio.get"), cmdRadioGet},

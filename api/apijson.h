@@ -12,7 +12,13 @@ class ApiBackend;
 class JsonWriter;
 struct SpotDelta;
 
-// What a command or a message needs besides the program: the server's own state.
+// The answer of a command that replies once something else has answered:
+// called once, with an error text, or with an empty one and the reply's data
+// as compact JSON.
+using ApiLateReply = std::function<void(const QString &error, const QByteArray &dataJson)>;
+
+// What a command or a message needs besides the program: the server's own
+// state, and of the client that asks.
 struct ApiContext
 {
     ApiBackend &backend;
@@ -22,6 +28,11 @@ struct ApiContext
     // deltas; returns the version the deltas continue from. Absent outside a
     // client's request.
     std::function<qint64(bool delta)> subscribeSpots = {};
+    // The asking program runs on this computer (a loopback peer).
+    bool localPeer = true;
+    // For a command that answers later: it returns a null QByteArray and
+    // calls this instead. Empty where no client asked.
+    ApiLateReply lateReply = nullptr;
 };
 
 // The JSON shapes of the API, written in their documented key order.

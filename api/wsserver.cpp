@@ -7,6 +7,7 @@
 
 #include <QHostAddress>
 #include <QJsonDocument>
+#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 #include <QUrl>
@@ -233,8 +234,11 @@ void WsServer::handleCommand(QWebSocket *socket, const QJsonObject &msg)
         reply = ApiJson::errorMessage(id, QStringLiteral("unknown command: ") + cmd);
     } else {
         try {
-            reply = ApiJson::replyMessage(
-                id, (*handler)(context(socket), msg.value(QLatin1String("data")).toObject()));
+            const QByteArray data =
+                (*handler)(commandContext(socket, id), msg.value(QLatin1String("data")).toObject());
+            if (data.isNull())
+                return; // the command answers later
+            reply = ApiJson::replyMessage(id, data);
         } catch (const QString &error) {
             reply = ApiJson::errorMessage(id, error);
         }
@@ -254,6 +258,21 @@ ApiContext WsServer::context(QWebSocket *socket)
     if (socket)
         context.subscribeSpots = [this, socket](bool delta) { return subscribeSpots(socket, delta); };
     return context;
+}
+
+ApiContext WsServer::commandContext(QWebSocket *socket, const QString &id)
+{
+    ApiContext asked = context(socket);
+    asked.localPeer = socket->peerAddress().isLoopback();
+    asked.lateReply = [server = QPointer<WsServer>(this), client = QPointer<QWebSocket>(socket),
+                       id](const QString &error, const QByteArray &data) {
+        // The client may have gone, or the server stopped, while the answer was awaited.
+        if (!server || !client || !server->m_clients.contains(client))
+            return;
+        server->send(client, text(error.isEmpty() ? ApiJson::replyMessage(id, data)
+                                                  : ApiJson::errorMessage(id, error)));
+    };
+    return asked;
 }
 
 void WsServer::send(QWebSocket *socket, const QString &message)

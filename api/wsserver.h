@@ -102,6 +102,8 @@ private:
     void send(QWebSocket *socket, const QString &message);
     void dropClient(QWebSocket *socket);
     ApiContext context(QWebSocket *socket = nullptr);
+    // The context of one client's command, with its late reply.
+    ApiContext commandContext(QWebSocket *socket, const QString &id);
 
     ApiBackend *m_backend;
     QWebSocketServer *m_server;

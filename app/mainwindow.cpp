@@ -13,6 +13,7 @@
 #include "app/logexport.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
+#include "app/spotting/spotposter.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
 #include "app/widgets/alertcenter.h"
@@ -82,6 +83,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
     , m_snapshotTimer(new QTimer(this))
     , m_logbook(new LogbookForwarder(LogbookOutbox::defaultFilePath(), this))
+    , m_spotPoster(new SpotPoster(services, m_dxClusters, this))
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
@@ -105,6 +107,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 
     wireSources();
     wireRig();
+    wireSpotting();
 
     // Sources the user switched off stay quiet until ticked again.
     m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
@@ -267,6 +270,8 @@ void MainWindow::runOperatorAction(OperatorAction action)
         return onMarkUnheard();
     case OperatorAction::Log:
         return onAddToLog();
+    case OperatorAction::Spot:
+        return onSpotStation(true);
     case OperatorAction::LogWithDialog:
         return logSelected(true);
     case OperatorAction::NextSpot:
@@ -406,6 +411,7 @@ void MainWindow::applyPreferences()
     const AppSettings &s = m_settings;
     m_labels.showCallsign(s.callsign);
     m_ui.detailPanel->showWelcome(s.callsign.isEmpty());
+    m_spotPoster->setOwnCallsign(s.callsign);
     m_model->setWatchCallsigns(s.watchCallsigns);
     m_model->setWatchReferences(s.watchReferences);
     m_alerts->applySettings(s);

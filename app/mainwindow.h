@@ -35,6 +35,7 @@ class SourcesView;
 class SpotFetcher;
 class SpotFilterProxyModel;
 class SpotIngestor;
+class SpotPoster;
 class StationModel;
 class UpdateChecker;
 class WorkedImportLoader;
@@ -88,6 +89,7 @@ public:
     void apiSetKeySpeed(int wpm) override;
     void apiStartTune() override;
     void apiRefresh() override { onRefreshAll(); }
+    void apiPostSpot(const ApiSpotPost &post, ApiSpotAnswer answer) override;
 
 public slots:
     void onRefreshAll();
@@ -112,6 +114,8 @@ private slots:
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
     void onAddToLog() { logSelected(m_settings.confirmLog); }
+    // The spot dialog, prefilled from the selection when asked to and there is one.
+    void onSpotStation(bool fromSelection);
     void exportSotaLog();
     void exportPotaLog();
     void exportAllContacts();
@@ -143,6 +147,7 @@ private:
     void startBridge();
     // Logged contacts to the operator's logbooks; the forwarder's status to the status bar.
     void wireLogbook(const QUrl &qrzUrl);
+    void wireSpotting();
 
     void loadContactStatus() { m_desk.loadStatuses(); }
     void loadCoordCache();
@@ -215,6 +220,7 @@ private:
     LogbookForwarder *m_logbook;
     WorkedImportLoader *m_workedImport = nullptr;
     QTimer *m_countsTimer = nullptr;
+    SpotPoster *m_spotPoster;
 
     AppSettings m_settings;
     SelectionKeeper m_selection;

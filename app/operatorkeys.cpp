@@ -11,6 +11,7 @@ constexpr std::array k_operatorKeys{
     OperatorKey{Qt::Key_Q, Qt::NoModifier, OperatorAction::MarkNotHeard, true},
     OperatorKey{Qt::Key_L, Qt::NoModifier, OperatorAction::Log, true},
     OperatorKey{Qt::Key_L, Qt::ShiftModifier, OperatorAction::LogWithDialog, true},
+    OperatorKey{Qt::Key_S, Qt::NoModifier, OperatorAction::Spot, false},
     OperatorKey{Qt::Key_J, Qt::NoModifier, OperatorAction::NextSpot, false},
     OperatorKey{Qt::Key_K, Qt::NoModifier, OperatorAction::PreviousSpot, false},
 };

@@ -11,6 +11,7 @@ enum class OperatorAction {
     MarkNotHeard,
     Log,
     LogWithDialog, // the log dialog, whatever the settings say
+    Spot,
     NextSpot,
     PreviousSpot,
 };

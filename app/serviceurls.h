@@ -1,9 +1,10 @@
 #pragma once
 
+#include <QList>
 #include <QUrl>
 
-// Where the web spot services live. The defaults are the public services;
-// tests hand in a local server instead.
+// Where the web spot services live, and where spots are posted. The defaults
+// are the public services; tests hand in a local server instead.
 struct ServiceUrls
 {
     QUrl pota;
@@ -16,9 +17,14 @@ struct ServiceUrls
     QUrl summitPositions;
     QUrl zlota;
     QUrl parksnpeaks;
+    // Whole addresses (path included) that take a spot by JSON POST.
+    QUrl potaSpotPost;
+    QUrl wwbotaSpotPost;
     QUrl qrzLogbook; // the QRZ Logbook API, whole address
 
     static ServiceUrls defaults();
     // Every service on one base URL (scheme, host and port); QRZ's API at its path "/api".
     static ServiceUrls allAt(const QUrl &base);
+    // Every address the program may send a spot to.
+    QList<QUrl> postingUrls() const { return {potaSpotPost, wwbotaSpotPost}; }
 };

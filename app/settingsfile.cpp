@@ -256,6 +256,7 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.alertNeededOnly = json.value(key("alertNeededOnly")).toBool(d.alertNeededOnly);
     filter.hideWorked = json.value(key("hideWorked")).toBool(d.filter.hideWorked);
     s.confirmLog = json.value(key("confirmLog")).toBool(d.confirmLog);
+    s.spotComment = stringValue(json.value(key("spotComment")));
     s.workedAdifFiles = stringList(json.value(key("workedAdifFiles")));
     s.logTargets = LogTarget::listFromJson(json.value(key("logTargets")));
     s.bandPlanRegion = clampedInt(json.value(key("bandPlanRegion")), d.bandPlanRegion, 0, 3);
@@ -300,6 +301,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("alertNeededOnly"), s.alertNeededOnly},
         {key("hideWorked"), s.filter.hideWorked},
         {key("confirmLog"), s.confirmLog},
+        {key("spotComment"), s.spotComment},
         {key("workedAdifFiles"), toJsonArray(s.workedAdifFiles)},
         {key("logTargets"), LogTarget::listToJson(s.logTargets)},
         {key("bandPlanRegion"), s.bandPlanRegion},

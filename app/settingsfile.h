@@ -63,6 +63,8 @@ struct AppSettings
     bool alertNeededOnly = false;
     // Logging asks first: the records, their reports and comments, in a dialog.
     bool confirmLog = false;
+    // The comment every spot the operator posts starts from.
+    QString spotComment;
     // The operator's own logbooks, exported as ADIF, read for "worked before".
     QStringList workedAdifFiles;
     // Where each logged contact is sent: UDP listeners and online logbooks, with their keys.

@@ -32,6 +32,13 @@ void SpotIngestor::receive(const QList<StationSpot> &spots)
     ingest(spots, 1);
 }
 
+void SpotIngestor::addOwnSpots(const QList<StationSpot> &spots)
+{
+    emit aboutToMerge();
+    m_model->addOwnSpots(spots);
+    emit merged(spots);
+}
+
 void SpotIngestor::flushDxSpots()
 {
     const QList<StationSpot> spots = std::exchange(m_pendingDxSpots, {});

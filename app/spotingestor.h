@@ -36,6 +36,8 @@ public:
     const QList<std::pair<StationSpot::Source, SpotFetcher *>> &webSources() const { return m_webSources; }
 
     void receive(const QList<StationSpot> &spots);
+    // The operator's own spots, just posted: added to the table, nothing replaced.
+    void addOwnSpots(const QList<StationSpot> &spots);
     void noteFetchStarted() { ++m_pendingFetches; }
     void noteFetchError() { m_pendingFetches = qMax(0, m_pendingFetches - 1); }
     int pendingFetches() const { return m_pendingFetches; }

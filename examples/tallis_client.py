@@ -2,10 +2,13 @@
 """A small client of Tallis's local WebSocket API, using only the standard library.
 
 Prints the program's status and the spots the table shows; with --tune KEY it
-tunes the radio to that spot (KEY as printed: call|reference|kHz).
+tunes the radio to that spot (KEY as printed: call|reference|kHz); with
+--spot KEY it re-spots that station, after asking you, to its programme's
+service (POTA, WWBOTA) or to a DX cluster node.
 
     python3 tallis_client.py
     python3 tallis_client.py --tune "K1ABC|US-1234|14062"
+    python3 tallis_client.py --spot "K1ABC|US-1234|14062" --comment "tnx QSO"
 """
 
 import argparse
@@ -109,11 +112,44 @@ class TallisApi:
                 return message["data"]
 
 
+def spot_request(spot, comment, to):
+    """The spot.post data for a spot of the table: its own service, else the cluster."""
+    source = to or (spot["source"] if spot["source"] in ("POTA", "WWBOTA") else "DX")
+    return {
+        "callsign": spot["callsign"],
+        "freq_khz": spot["freq_khz"],
+        "mode": spot["mode"] or "CW",
+        "reference": spot["reference"],
+        "source": source,
+        "comments": comment,
+    }
+
+
+def post_spot(api, spots, key, comment, to, ask=input):
+    """Asks before posting: a spot goes out in the operator's name."""
+    found = [s for s in spots if s["key"] == key]
+    if not found:
+        raise RuntimeError(f"spot.post: no spot with key {key}")
+    data = spot_request(found[0], comment, to)
+    where = "a DX cluster node" if data["source"] == "DX" else data["source"]
+    print(f"Spot {data['callsign']} {data['reference']} on {data['freq_khz']:.1f} kHz {data['mode']} "
+          f"\"{data['comments']}\" to {where}?")
+    if ask("Post it? [y/N] ").strip().lower() not in ("y", "yes"):
+        print("Not posted.")
+        return None
+    reply = api.command("spot.post", **data)
+    print(f"Spotted {data['callsign']} on {reply['posted_to']}")
+    return reply
+
+
 def main():
     parser = argparse.ArgumentParser(description="Show Tallis's status and spots; optionally tune a spot.")
     parser.add_argument("--host", default="127.0.0.1")
     parser.add_argument("--port", type=int, default=2103)
     parser.add_argument("--tune", metavar="KEY", help="tune the radio to the spot with this key")
+    parser.add_argument("--spot", metavar="KEY", help="re-spot the station of this key (asks first)")
+    parser.add_argument("--comment", default="", help="the comment of --spot")
+    parser.add_argument("--to", choices=("POTA", "WWBOTA", "DX"), help="where --spot posts (default: the spot's own service, else DX)")
     args = parser.parse_args()
 
     try:
@@ -131,6 +167,14 @@ def main():
     for s in spots["spots"]:
         print(f"{s['freq_khz']:>10.1f}  {s['mode']:<5} {s['callsign']:<12} {s['source']:<6} "
               f"{s['reference']:<12} {s['status_str']:<9}  {s['key']}")
+
+    if args.spot:
+        try:
+            post_spot(api, api.command("spots.get_all")["spots"], args.spot, args.comment, args.to)
+        except RuntimeError as e:
+            print(e, file=sys.stderr)
+            api.ws.close()
+            sys.exit(1)
 
     if args.tune:
         try:

@@ -45,6 +45,10 @@ public:
     static constexpr double k_partnerFreqKhz = 1.0;
     static constexpr qint64 k_partnerSecs = 300;
     static constexpr double k_similarFreqKhz = 1.0;
+    // The operator's own spot stands in for the service's copy this long at
+    // most: a fetch that brings the copy (same call and reference, within
+    // k_similarFreqKhz) replaces it sooner.
+    static constexpr qint64 k_ownSpotHoldSecs = 600;
     // Sort values of distance and bearing when either position is unknown.
     static constexpr double k_unknownDistance = 1e18;
     static constexpr double k_unknownBearing = -1.0;
@@ -73,6 +77,10 @@ public:
     // expires spots older than three hours, keeps the newest row per call
     // and reference, carries statuses by key and regroups; resets the model.
     void mergeSpots(const QList<StationSpot> &batch);
+    // The operator's own spots, just posted: added without replacing their
+    // sources' other rows. A later fetch keeps them until it brings the
+    // service's copy, which then takes their place.
+    void addOwnSpots(const QList<StationSpot> &spots);
     void clearSpots();
     // The change set of the last merge; spotsMerged carries the same.
     const MergeChanges &lastMergeChanges() const { return m_lastChanges; }
@@ -144,6 +152,8 @@ signals:
 private:
     // One run of mergeSpots, phase by phase (stationmodelmerge.cpp).
     class MergePass;
+    enum class MergeKind { ReplaceSources, AddOnly };
+    void merge(const QList<StationSpot> &batch, MergeKind kind);
 
     // What the merge needs of a row, kept beside it so that a merge reads
     // compact arrays instead of every row's strings.
@@ -152,6 +162,7 @@ private:
         qint64 timeMs;
         quint64 callRefHash;
         int source;
+        bool own; // posted by the operator, not yet confirmed by a fetch
     };
     // A row under a case-folded call sign or reference: rows that can link
     // share a bucket and lie close in frequency.

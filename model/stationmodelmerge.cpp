@@ -8,6 +8,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -60,10 +61,12 @@ bool sameCallRef(const StationSpot &a, const StationSpot &b)
 class StationModel::MergePass final
 {
 public:
-    MergePass(StationModel &model, const QList<StationSpot> &batch, qint64 cutoff)
+    MergePass(StationModel &model, const QList<StationSpot> &batch, qint64 now, MergeKind kind)
         : m_model(model)
         , m_batch(batch)
-        , m_cutoff(cutoff)
+        , m_cutoff(now - k_maxSpotAgeSecs * 1000)
+        , m_ownCutoff(now - k_ownSpotHoldSecs * 1000)
+        , m_addOnly(kind == MergeKind::AddOnly)
     {}
 
     void readBatch();
@@ -101,6 +104,9 @@ private:
     };
 
     bool isReplaced(int source) const;
+    // An own row outlives the replacement of its source until the batch
+    // brings the service's copy of it, or it is too old to wait for one.
+    bool keepsOwnRow(int row) const;
     bool carryStatus(int row);
     bool isKeptAlready(const QMultiHash<quint64, int> &contested, quint64 hash,
                        const StationSpot &spot) const;
@@ -108,6 +114,8 @@ private:
     StationModel &m_model;
     const QList<StationSpot> &m_batch;
     const qint64 m_cutoff;
+    const qint64 m_ownCutoff;
+    const bool m_addOnly;
     std::vector<int> m_replacedSources;
     std::vector<Incoming> m_incoming;
     // (hash, position in m_incoming), sorted: every current row is looked up
@@ -127,8 +135,18 @@ private:
 
 void StationModel::mergeSpots(const QList<StationSpot> &batch)
 {
+    merge(batch, MergeKind::ReplaceSources);
+}
+
+void StationModel::addOwnSpots(const QList<StationSpot> &spots)
+{
+    merge(spots, MergeKind::AddOnly);
+}
+
+void StationModel::merge(const QList<StationSpot> &batch, MergeKind kind)
+{
     Q_ASSERT(m_rowInfo.size() == size_t(m_spots.size()));
-    MergePass pass(*this, batch, nowMSecs() - k_maxSpotAgeSecs * 1000);
+    MergePass pass(*this, batch, nowMSecs(), kind);
     pass.readBatch();
     pass.readCurrentRows();
     pass.orderByTime();
@@ -148,7 +166,7 @@ void StationModel::MergePass::readBatch()
 {
     // A stream's batch is a few of its lines, never the source's whole picture.
     for (const StationSpot &spot : m_batch) {
-        if (!StationSpot::isStreamSource(spot.source) && !isReplaced(spot.source))
+        if (!m_addOnly && !StationSpot::isStreamSource(spot.source) && !isReplaced(spot.source))
             m_replacedSources.push_back(spot.source);
     }
     m_incoming.reserve(size_t(m_batch.size()));
@@ -157,7 +175,7 @@ void StationModel::MergePass::readBatch()
         const qint64 t = timeMs(spot);
         if (t >= m_cutoff)
             m_incoming.push_back({i,
-                                  {t, callRefHash(spot), spot.source},
+                                  {t, callRefHash(spot), spot.source, m_addOnly},
                                   keyKhz(spot.frequencyKhz),
                                   StationSpot::Unknown,
                                   false});
@@ -181,10 +199,27 @@ void StationModel::MergePass::readCurrentRows()
     for (int row = 0; row < count; ++row) {
         const bool contested = carryStatus(row);
         const RowInfo &info = m_model.m_rowInfo[size_t(row)];
-        if (info.timeMs < m_cutoff || (!m_replacedSources.empty() && isReplaced(info.source)))
+        if (info.timeMs < m_cutoff ||
+            (!m_replacedSources.empty() && isReplaced(info.source) && !keepsOwnRow(row)))
             continue;
         m_kept.push_back({info.timeMs, row, false, contested});
     }
+}
+
+bool StationModel::MergePass::keepsOwnRow(int row) const
+{
+    const RowInfo &info = m_model.m_rowInfo[size_t(row)];
+    if (!info.own || info.timeMs < m_ownCutoff)
+        return false;
+    const StationSpot &spot = m_model.m_spots.at(row);
+    auto it = std::lower_bound(m_incomingByHash.cbegin(), m_incomingByHash.cend(),
+                               std::make_pair(info.callRefHash, 0));
+    for (; it != m_incomingByHash.cend() && it->first == info.callRefHash; ++it) {
+        const StationSpot &copy = m_batch.at(m_incoming[size_t(it->second)].batchIndex);
+        if (sameCallRef(spot, copy) && std::abs(copy.frequencyKhz - spot.frequencyKhz) <= k_similarFreqKhz)
+            return false;
+    }
+    return true;
 }
 
 // Gives the row's status to the incoming spots with its key (of two rows with

@@ -91,6 +91,20 @@ void DxClusterFetcher::setCallsign(const QString &call)
     m_callsign = call.toUpper().trimmed();
 }
 
+bool DxClusterFetcher::sendLine(const QString &line)
+{
+    if (m_state != LoggedIn)
+        return false;
+    QString clean;
+    clean.reserve(line.size());
+    for (const QChar c : line) {
+        if (c.category() != QChar::Other_Control)
+            clean.append(c);
+    }
+    m_socket->write((clean + QLatin1String("\r\n")).toUtf8());
+    return true;
+}
+
 void DxClusterFetcher::setClock(Clock clock)
 {
     m_clock = std::move(clock);

@@ -65,6 +65,10 @@ public:
     QString callsign() const { return m_callsign; }
 
     bool isConnected() const { return m_state == LoggedIn; }
+    // Writes one line to a logged-in node, its control characters (line
+    // ends among them) removed, so the text can never become two commands.
+    // False, and nothing written, in any other state.
+    bool sendLine(const QString &line);
     State state() const { return m_state; }
     void setClock(Clock clock);
 

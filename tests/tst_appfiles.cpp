@@ -34,7 +34,7 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "watchCallsigns":["W4GXX","ÉA1AB"],"watchReferences":["US-1234"],"wsEnabled":false,"wsPort":4000,
     "wsHost":"0.0.0.0","lwEnabled":true,"lwHost":"192.168.1.5","lwPort":5000,"autoAtu":true,
     "alertsEnabled":false,"alertSound":false,"alertNeededOnly":true,"hideWorked":true,
-    "confirmLog":true,"workedAdifFiles":["/home/op/logbook.adi","/media/Łog 2.adif"],
+    "confirmLog":true,"spotComment":"tnx QSO 73","workedAdifFiles":["/home/op/logbook.adi","/media/Łog 2.adif"],
     "logTargets":[{"type":"wsjtx","enabled":false,"host":"192.168.1.9","port":2238,"message":"adif"},
     {"type":"n1mm","enabled":true,"host":"10.0.0.7","port":12061},{"type":"adif","enabled":true,
     "host":"127.0.0.1","port":2333},{"type":"wavelog","enabled":true,"url":"https:\/\/log.example.org\/index.php",

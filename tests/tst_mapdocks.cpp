@@ -74,7 +74,7 @@ private slots:
                 menus << menu->text();
             QCOMPARE(menus, QStringList({QStringLiteral("&File"), QStringLiteral("&Settings"),
                                          QStringLiteral("&Radio"), QStringLiteral("&View"),
-                                         QStringLiteral("&Help")}));
+                                         QStringLiteral("&Spot"), QStringLiteral("&Help")}));
             const QList<QAction *> entries = viewEntries(w);
             QCOMPARE(entries.size(), 2);
             QCOMPARE(entries.at(0)->text(), QStringLiteral("&Map"));

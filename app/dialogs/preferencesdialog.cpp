@@ -81,6 +81,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.logTargets = settings.logTargets;
     p.confirmLog = settings.confirmLog;
     p.bandPlanRegion = settings.bandPlanRegion;
+    p.spotComment = settings.spotComment;
     return p;
 }
 
@@ -104,12 +105,14 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.logTargets = logTargets;
     settings.confirmLog = confirmLog;
     settings.bandPlanRegion = bandPlanRegion;
+    settings.spotComment = spotComment;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     : QDialog(parent)
     , m_callsign(new QLineEdit(values.callsign, this))
     , m_sotaRef(new QLineEdit(values.sotaRef, this))
+    , m_spotComment(new QLineEdit(values.spotComment, this))
     , m_maxAge(DialogFields::spinBox(this, 1, 720, values.maxAgeMins, QStringLiteral("maxAgeSpin")))
     , m_refreshInterval(DialogFields::spinBox(this, 60, 3600, values.refreshIntervalSecs,
                                               QStringLiteral("refreshIntervalSpin")))
@@ -129,6 +132,9 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     m_sotaRef->setObjectName(QStringLiteral("sotaRefEdit"));
     m_sotaRef->setPlaceholderText(QStringLiteral("e.g. W4C/CM-001"));
     m_sotaRef->setToolTip(QStringLiteral("Your SOTA summit reference"));
+    m_spotComment->setObjectName(QStringLiteral("spotCommentEdit"));
+    m_spotComment->setPlaceholderText(QStringLiteral("e.g. tnx QSO 73"));
+    m_spotComment->setToolTip(QStringLiteral("The comment every spot you post starts from"));
     m_maxAge->setSuffix(QStringLiteral(" min"));
     m_maxAge->setToolTip(QStringLiteral("Hide spots older than this many minutes (default: 30)"));
     m_refreshInterval->setSuffix(QStringLiteral(" sec"));
@@ -147,6 +153,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     auto *form = new QFormLayout;
     form->addRow(QStringLiteral("My Callsign:"), m_callsign);
     form->addRow(QStringLiteral("My SOTA Reference:"), m_sotaRef);
+    form->addRow(QStringLiteral("Spot Comment:"), m_spotComment);
     form->addRow(QStringLiteral("Max Spot Age:"), m_maxAge);
     form->addRow(QStringLiteral("Refresh Interval:"), m_refreshInterval);
     form->addRow(QStringLiteral("My Location:"), m_hasLocation);
@@ -263,6 +270,7 @@ Preferences PreferencesDialog::preferences() const
     p.logTargets = m_logbook->targets();
     p.confirmLog = m_confirmLog->isChecked();
     p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
+    p.spotComment = m_spotComment->text().trimmed();
     return p;
 }
 

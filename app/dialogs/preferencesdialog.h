@@ -37,6 +37,7 @@ struct Preferences
     QList<LogTarget> logTargets;
     bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
+    QString spotComment;
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -67,6 +68,7 @@ private:
 
     QLineEdit *m_callsign;
     QLineEdit *m_sotaRef;
+    QLineEdit *m_spotComment;
     QSpinBox *m_maxAge;
     QSpinBox *m_refreshInterval;
     QCheckBox *m_hasLocation;

@@ -57,6 +57,10 @@ DetailPanel::DetailPanel(QWidget *parent)
                                  QStringLiteral("Mark as not heard or gone QRT"), this))
     , m_addToLogButton(makeAction(QStringLiteral("[L]og Contact"), "addToLogButton",
                                   QStringLiteral("Log contact and mark as Contacted"), this))
+    , m_spotButton(makeAction(QStringLiteral("[S]pot"), "spotButton",
+                              QStringLiteral("Spot or re-spot this station: POTA, WWBOTA or a DX cluster, "
+                                             "after you confirm"),
+                              this))
 {
     setObjectName(QStringLiteral("detailPanel"));
     setFrameShape(QFrame::StyledPanel);
@@ -67,7 +71,7 @@ DetailPanel::DetailPanel(QWidget *parent)
     layout->setSpacing(4);
     layout->addWidget(buildDetails(), 1);
     layout->addWidget(m_radioPanel);
-    for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton})
+    for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton, m_spotButton})
         layout->addWidget(button);
     clear();
 }
@@ -145,7 +149,7 @@ void DetailPanel::clear()
 
 void DetailPanel::setActionsEnabled(bool enabled)
 {
-    for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton})
+    for (QPushButton *button : {m_tuneButton, m_heardButton, m_unheardButton, m_addToLogButton, m_spotButton})
         button->setEnabled(enabled);
 }
 

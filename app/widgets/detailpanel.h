@@ -34,6 +34,7 @@ public:
     QPushButton *heardButton() const { return m_heardButton; }
     QPushButton *unheardButton() const { return m_unheardButton; }
     QPushButton *addToLogButton() const { return m_addToLogButton; }
+    QPushButton *spotButton() const { return m_spotButton; }
 
 signals:
     void preferencesRequested();
@@ -63,4 +64,5 @@ private:
     QPushButton *m_heardButton;
     QPushButton *m_unheardButton;
     QPushButton *m_addToLogButton;
+    QPushButton *m_spotButton;
 };

@@ -36,6 +36,8 @@ void MainWindowUi::buildMenuBar(QMainWindow &window)
     dxClusterSetup = radio->addAction(QStringLiteral("DX &Cluster Setup..."));
     lwBridgeSetup = radio->addAction(QStringLiteral("Lampwick &Bridge..."));
     viewMenu = bar->addMenu(QStringLiteral("&View")); // filled by the docks
+    // An empty form: any station, the operator's own included.
+    spotStation = bar->addMenu(QStringLiteral("&Spot"))->addAction(QStringLiteral("Spot a Station…"));
     about = bar->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("&About Tallis"));
 }
 

@@ -37,6 +37,7 @@ public:
     QAction *connectRadio = nullptr;
     QAction *dxClusterSetup = nullptr;
     QAction *lwBridgeSetup = nullptr;
+    QAction *spotStation = nullptr;
     QAction *about = nullptr;
     QMenu *viewMenu = nullptr;
     QAction *toolBarRefreshAll = nullptr;

@@ -3,8 +3,10 @@
 #include "app/operatorkeys.h"
 #include "model/stationmodel.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 
 namespace {
 
@@ -116,4 +118,16 @@ void SpotTable::selectionChanged(const QItemSelection &selected, const QItemSele
 {
     QTableView::selectionChanged(selected, deselected);
     emit spotSelectionChanged(m_operatorInput > 0, m_deliberate == 0);
+}
+
+void SpotTable::contextMenuEvent(QContextMenuEvent *event)
+{
+    const QModelIndex index = indexAt(event->pos());
+    if (!index.isValid())
+        return;
+    selectViewRow(index.row(), true); // a right click chooses the row as a left click does
+    QMenu menu(this);
+    const QAction *respot = menu.addAction(QStringLiteral("Re-spot\u2026"));
+    if (menu.exec(event->globalPos()) == respot)
+        emit respotRequested();
 }

@@ -30,6 +30,8 @@ signals:
     void spotSelectionChanged(bool byOperator, bool duringModelChange);
     // "/" pressed: the operator wants the search field.
     void searchRequested();
+    // "Re-spot…" chosen on a row's context menu; the row is selected first.
+    void respotRequested();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -37,6 +39,7 @@ protected:
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
                                                          const QEvent *event = nullptr) const override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     // Above zero while the operator's own input is being handled, and while

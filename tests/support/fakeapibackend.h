@@ -19,6 +19,9 @@ public:
                        {QStringLiteral("wsPort"), 2103}};
     QJsonObject filter{{QStringLiteral("sota"), true}, {QStringLiteral("status_mode"), 0}};
     QStringList calls;
+    // How a spot post is answered: where it went, or an error.
+    QString spotPostedTo = QStringLiteral("POTA");
+    QString spotError;
     mutable int reads = 0;
 
     bool apiIsRadioConnected() const override { return ++reads, radioConnected; }
@@ -56,6 +59,16 @@ public:
     void apiSetKeySpeed(int wpm) override { log(QStringLiteral("wpm %1").arg(wpm)); }
     void apiStartTune() override { log(QStringLiteral("starttune")); }
     void apiRefresh() override { log(QStringLiteral("refresh")); }
+    void apiPostSpot(const ApiSpotPost &p, ApiSpotAnswer answer) override
+    {
+        log(QStringLiteral("spot %1 %2 %3 %4 %5 %6 qrt=%7 force=%8")
+                .arg(p.spot.sourceString(), p.spot.callsign)
+                .arg(p.spot.frequencyKhz)
+                .arg(p.spot.mode, p.spot.reference, p.spot.comments)
+                .arg(int(p.qrt))
+                .arg(int(p.force)));
+        answer(spotPostedTo, spotError);
+    }
 
 private:
     void log(const QString &call) { calls << call; }

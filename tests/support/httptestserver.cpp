@@ -54,11 +54,10 @@ void HttpTestServer::onReadyRead(QTcpSocket *socket)
             request.headers.insert(lines[i].left(colon).trimmed().toLower(),
                                    lines[i].mid(colon + 1).trimmed());
     }
-    // A POST is answered once its whole body is in.
-    const qsizetype length = request.headers.value("content-length").toLongLong();
-    if (buffer.size() - headerEnd - 4 < length)
-        return;
-    request.body = buffer.mid(headerEnd + 4, length);
+    const qsizetype bodyLength = request.headers.value("content-length").toLongLong();
+    if (buffer.size() < headerEnd + 4 + bodyLength)
+        return; // the rest of the body is on its way
+    request.body = buffer.mid(headerEnd + 4, bodyLength);
     buffer.clear();
 
     m_requests.append(request);

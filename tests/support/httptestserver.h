@@ -23,10 +23,10 @@ class HttpTestServer final : public QObject
 public:
     struct Request
     {
-        QByteArray method;
         QByteArray path;
-        QByteArray body;
         QHash<QByteArray, QByteArray> headers; // names lower-cased
+        QByteArray method;
+        QByteArray body; // as long as Content-Length says
     };
 
     explicit HttpTestServer(QObject *parent = nullptr);

@@ -9,6 +9,7 @@
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/logbook/logbookforwarder.h"
 #include "app/logexport.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
@@ -85,6 +86,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
     , m_snapshotTimer(new QTimer(this))
+    , m_logbook(new LogbookForwarder(LogbookOutbox::defaultFilePath(), this))
     , m_spotPoster(new SpotPoster(services, m_dxClusters, this))
 {
     registerStationSpotMetaTypes();
@@ -95,6 +97,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     setupStatusBar();
     applyStyleSheet();
 
+    wireLogbook(services.qrzLogbook);
     loadContactStatus();
     loadCoordCache();
     loadJsonSettings();
@@ -365,6 +368,7 @@ void MainWindow::applyPreferences()
     m_ui.table->showDistanceColumns(s.hasUserLocation);
     m_mapDocks->applySettings(s);
     updateCoordLookups();
+    m_logbook->configure(s.logTargets, AdifStation{s.callsign, s.hasUserLocation, s.latitude, s.longitude});
 }
 
 bool MainWindow::isLwBridgeActive() const

@@ -18,6 +18,7 @@ class CoordinateCache;
 class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
+class LogbookForwarder;
 class LwClient;
 class MapDocks;
 class PotaSpotFetcher;
@@ -25,6 +26,7 @@ class RbnClient;
 class QNetworkAccessManager;
 class QThread;
 class QTimer;
+class QUrl;
 class RadioPanel;
 class RadioRouter;
 class RadioView;
@@ -145,6 +147,8 @@ private:
     void wireRadioPanel();
     void startApiServer();
     void startBridge();
+    // Logged contacts to the operator's logbooks; the forwarder's status to the status bar.
+    void wireLogbook(const QUrl &qrzUrl);
     void wireSpotting();
 
     void loadContactStatus() { m_desk.loadStatuses(); }
@@ -220,6 +224,7 @@ private:
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;
+    LogbookForwarder *m_logbook;
     WorkedImportLoader *m_workedImport = nullptr;
     QTimer *m_countsTimer = nullptr;
     SpotPoster *m_spotPoster;

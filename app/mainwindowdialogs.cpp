@@ -12,6 +12,7 @@
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/logbook/logbookforwarder.h"
 #include "app/logbook/workedimport.h"
 #include "app/logexport.h"
 #include "app/spotingestor.h"
@@ -125,6 +126,18 @@ void MainWindow::exportLog(const ExportFormat &format)
         this, format, rows, LogExport::exportText(format, rows, m_settings.callsign, m_settings.sotaRef));
     if (!notice.isEmpty())
         statusBar()->showMessage(notice, 6000);
+}
+
+void MainWindow::wireLogbook(const QUrl &qrzUrl)
+{
+    // Every contact logged, by key, dialog or API, goes on to the operator's logbooks.
+    connect(m_logbook, &LogbookForwarder::statusChanged, this,
+            [this](const QString &text, const QString &toolTip) { m_labels.showLogbook(text, toolTip); });
+    connect(m_logbook, &LogbookForwarder::notice, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 10000); });
+    m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
+    if (qrzUrl.isValid())
+        m_logbook->setQrzUrl(qrzUrl);
 }
 
 void MainWindow::exportAllContacts()

@@ -1,6 +1,7 @@
 #include "app/serviceurls.h"
 
 #include "app/coordinatecache.h"
+#include "app/logbook/qrzsender.h"
 #include "sources/websource.h"
 
 namespace {
@@ -35,11 +36,14 @@ ServiceUrls ServiceUrls::defaults()
                        defaultUrl(StationSpot::ZLOTA),
                        defaultUrl(StationSpot::SIOTA),
                        withPath(pota, k_potaPostPath),
-                       withPath(wwbota, k_wwbotaPostPath)};
+                       withPath(wwbota, k_wwbotaPostPath),
+                       QrzSender::defaultApiUrl()};
 }
 
 ServiceUrls ServiceUrls::allAt(const QUrl &base)
 {
+    QUrl qrz = base;
+    qrz.setPath(QStringLiteral("/api"));
     return ServiceUrls{base,
                        base,
                        base,
@@ -50,5 +54,6 @@ ServiceUrls ServiceUrls::allAt(const QUrl &base)
                        base,
                        base,
                        withPath(base, k_potaPostPath),
-                       withPath(base, k_wwbotaPostPath)};
+                       withPath(base, k_wwbotaPostPath),
+                       qrz};
 }

@@ -20,9 +20,10 @@ struct ServiceUrls
     // Whole addresses (path included) that take a spot by JSON POST.
     QUrl potaSpotPost;
     QUrl wwbotaSpotPost;
+    QUrl qrzLogbook; // the QRZ Logbook API, whole address
 
     static ServiceUrls defaults();
-    // Every service on one base URL (scheme, host and port).
+    // Every service on one base URL (scheme, host and port); QRZ's API at its path "/api".
     static ServiceUrls allAt(const QUrl &base);
     // Every address the program may send a spot to.
     QList<QUrl> postingUrls() const { return {potaSpotPost, wwbotaSpotPost}; }

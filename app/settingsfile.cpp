@@ -261,6 +261,7 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.confirmLog = json.value(key("confirmLog")).toBool(d.confirmLog);
     s.spotComment = stringValue(json.value(key("spotComment")));
     s.workedAdifFiles = stringList(json.value(key("workedAdifFiles")));
+    s.logTargets = LogTarget::listFromJson(json.value(key("logTargets")));
     s.bandPlanRegion = clampedInt(json.value(key("bandPlanRegion")), d.bandPlanRegion, 0, 3);
 
     s.windowGeometry = blobValue(json.value(key("windowGeometry")));
@@ -306,6 +307,7 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("confirmLog"), s.confirmLog},
         {key("spotComment"), s.spotComment},
         {key("workedAdifFiles"), toJsonArray(s.workedAdifFiles)},
+        {key("logTargets"), LogTarget::listToJson(s.logTargets)},
         {key("bandPlanRegion"), s.bandPlanRegion},
         {key("windowGeometry"), blobText(s.windowGeometry)},
         {key("windowState"), blobText(s.windowState)},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/logbook/logtarget.h"
 #include "model/filterstate.h"
 #include "model/stationmodel.h"
 #include "radio/rigtypes.h"
@@ -67,6 +68,8 @@ struct AppSettings
     QString spotComment;
     // The operator's own logbooks, exported as ADIF, read for "worked before".
     QStringList workedAdifFiles;
+    // Where each logged contact is sent: UDP listeners and online logbooks, with their keys.
+    QList<LogTarget> logTargets;
     // The IARU region of the band map's plan, 1 to 3; 0 takes the own call's continent.
     int bandPlanRegion = 0;
 

@@ -87,6 +87,8 @@ void StationDesk::noteLogged(const QList<ContactRecord> &records)
     }
     if (m_hideWorked)
         setHideWorked(true);
+    if (m_loggedHandler)
+        m_loggedHandler(records);
 }
 
 QList<ContactRow> StationDesk::exportRows(StationSpot::Source source) const

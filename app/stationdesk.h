@@ -11,7 +11,9 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 class SpotFilterProxyModel;
 class StationModel;
@@ -58,6 +60,10 @@ public:
 
     QList<ContactRow> exportRows(StationSpot::Source source) const;
 
+    // Called with the records of every contact logged, however it was logged.
+    using LoggedHandler = std::function<void(const QList<ContactRecord> &)>;
+    void setLoggedHandler(LoggedHandler handler) { m_loggedHandler = std::move(handler); }
+
 private:
     void noteLogged(const QList<ContactRecord> &records);
 
@@ -68,4 +74,5 @@ private:
     WorkedIndex m_worked;
     SpotSnapshot m_snapshot;
     bool m_hideWorked = false;
+    LoggedHandler m_loggedHandler;
 };

@@ -35,6 +35,10 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "wsHost":"0.0.0.0","lwEnabled":true,"lwHost":"192.168.1.5","lwPort":5000,"autoAtu":true,
     "alertsEnabled":false,"alertSound":false,"alertNeededOnly":true,"hideWorked":true,
     "confirmLog":true,"spotComment":"tnx QSO 73","workedAdifFiles":["/home/op/logbook.adi","/media/Łog 2.adif"],
+    "logTargets":[{"type":"wsjtx","enabled":false,"host":"192.168.1.9","port":2238,"message":"adif"},
+    {"type":"n1mm","enabled":true,"host":"10.0.0.7","port":12061},{"type":"adif","enabled":true,
+    "host":"127.0.0.1","port":2333},{"type":"wavelog","enabled":true,"url":"https:\/\/log.example.org\/index.php",
+    "key":"wl-secret","stationId":"2"},{"type":"qrz","enabled":false,"key":"ABCD-1234"}],
     "bandPlanRegion":1,"windowGeometry":"AdkAAP4=","windowState":"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA/4A=",
     "splitterState":"c3BsaXR0ZXIKDQk="})";
 

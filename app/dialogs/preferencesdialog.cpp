@@ -1,6 +1,7 @@
 #include "app/dialogs/preferencesdialog.h"
 
 #include "app/dialogs/dialogfields.h"
+#include "app/dialogs/logbookpage.h"
 #include "app/settingsfile.h"
 
 #include <QCheckBox>
@@ -13,6 +14,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSpinBox>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace {
@@ -76,6 +78,7 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.alertsEnabled = settings.alertsEnabled;
     p.alertSound = settings.alertSound;
     p.alertNeededOnly = settings.alertNeededOnly;
+    p.logTargets = settings.logTargets;
     p.confirmLog = settings.confirmLog;
     p.bandPlanRegion = settings.bandPlanRegion;
     p.spotComment = settings.spotComment;
@@ -99,6 +102,7 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.alertsEnabled = alertsEnabled;
     settings.alertSound = alertSound;
     settings.alertNeededOnly = alertNeededOnly;
+    settings.logTargets = logTargets;
     settings.confirmLog = confirmLog;
     settings.bandPlanRegion = bandPlanRegion;
     settings.spotComment = spotComment;
@@ -158,11 +162,18 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     form->addRow(QStringLiteral("Logging:"), m_confirmLog);
     form->addRow(QStringLiteral("Band plan region:"), m_bandPlanRegion);
 
+    auto *general = new QWidget(this);
+    auto *column = new QVBoxLayout(general);
+    column->addLayout(form);
+    column->addWidget(buildWatchlistGroup(values));
+    column->addWidget(buildAlertGroup(values));
+    column->addWidget(buildApiGroup(values));
+    m_logbook = new LogbookPage(values.logTargets, this);
+    auto *tabs = new QTabWidget(this);
+    tabs->addTab(general, QStringLiteral("General"));
+    tabs->addTab(m_logbook, QStringLiteral("Logbook"));
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addWidget(buildWatchlistGroup(values));
-    layout->addWidget(buildAlertGroup(values));
-    layout->addWidget(buildApiGroup(values));
+    layout->addWidget(tabs);
     layout->addWidget(DialogFields::okCancelButtons(this));
 }
 
@@ -256,6 +267,7 @@ Preferences PreferencesDialog::preferences() const
     p.alertsEnabled = m_alertsEnabled->isChecked();
     p.alertSound = m_alertSound->isChecked();
     p.alertNeededOnly = m_alertNeededOnly->isChecked();
+    p.logTargets = m_logbook->targets();
     p.confirmLog = m_confirmLog->isChecked();
     p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     p.spotComment = m_spotComment->text().trimmed();

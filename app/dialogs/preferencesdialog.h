@@ -1,6 +1,9 @@
 #pragma once
 
+#include "app/logbook/logtarget.h"
+
 #include <QDialog>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -8,6 +11,7 @@ struct AppSettings;
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
+class LogbookPage;
 class QLineEdit;
 class QPlainTextEdit;
 class QSpinBox;
@@ -30,6 +34,7 @@ struct Preferences
     bool alertsEnabled = true;
     bool alertSound = true;
     bool alertNeededOnly = false;
+    QList<LogTarget> logTargets;
     bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
     QString spotComment;
@@ -77,6 +82,7 @@ private:
     QCheckBox *m_alertsEnabled = nullptr;
     QCheckBox *m_alertSound = nullptr;
     QCheckBox *m_alertNeededOnly = nullptr;
+    LogbookPage *m_logbook = nullptr;
     QCheckBox *m_confirmLog;
     QComboBox *m_bandPlanRegion;
 };

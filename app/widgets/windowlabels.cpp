@@ -47,6 +47,9 @@ void WindowLabels::addToStatusBar(QStatusBar *bar)
     m_statusBridge->hide();
     m_statusSources = makeLabel(QString(), "statusSources", bar);
     bar->addPermanentWidget(m_statusSources);
+    m_statusLogbook = makeLabel(QString(), "statusLogbook", bar);
+    bar->addPermanentWidget(m_statusLogbook);
+    m_statusLogbook->hide();
 }
 
 void WindowLabels::showCallsign(const QString &callsign)
@@ -75,6 +78,13 @@ void WindowLabels::showSources(const QString &text, const QString &toolTip)
 {
     m_statusSources->setText(text);
     m_statusSources->setToolTip(toolTip);
+}
+
+void WindowLabels::showLogbook(const QString &text, const QString &toolTip)
+{
+    m_statusLogbook->setText(text);
+    m_statusLogbook->setToolTip(toolTip);
+    m_statusLogbook->setVisible(!text.isEmpty());
 }
 
 void WindowLabels::showRigConnected(bool connected)

@@ -25,6 +25,8 @@ public:
     void showSpotCounts(const QString &text);
     void showRefreshed(const QDateTime &at);
     void showSources(const QString &text, const QString &toolTip);
+    // "Logbook: 2 waiting" with each logbook's last outcome as tool tip; hidden when text is empty.
+    void showLogbook(const QString &text, const QString &toolTip);
 
     // The rig controller's own state, by the Hamlib path.
     void showRigConnected(bool connected);
@@ -47,4 +49,5 @@ private:
     QLabel *m_statusRefresh = nullptr;
     QLabel *m_statusBridge = nullptr;
     QLabel *m_statusSources = nullptr;
+    QLabel *m_statusLogbook = nullptr;
 };

@@ -61,7 +61,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         again.settleDelivered(again.pending().constFirst().id);
         expected.removeFirst();
     }
-    const OutboxEntry fresh{QStringLiteral("fresh"), 3, LogTarget::Type::Qrz, QStringLiteral("<CALL:3>K1A <EOR>"),
+    const OutboxEntry fresh{QStringLiteral("fresh"), 3, LogTarget::Type::Qrz,
+                            QStringLiteral("<CALL:3>K1A <EOR>"),
                             QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC)};
     if (!ids.contains(fresh.id)) {
         again.add(fresh);

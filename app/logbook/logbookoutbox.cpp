@@ -21,8 +21,9 @@ QString key(const char *name)
 // Ids are UUIDs; anything but short plain ASCII was not written here.
 bool isId(const QString &id)
 {
-    return !id.isEmpty() && id.size() <= 64 &&
-           std::all_of(id.cbegin(), id.cend(), [](QChar c) { return c.unicode() > 0x20 && c.unicode() < 0x7f; });
+    return !id.isEmpty() && id.size() <= 64 && std::all_of(id.cbegin(), id.cend(), [](QChar c) {
+        return c.unicode() > 0x20 && c.unicode() < 0x7f;
+    });
 }
 
 QByteArray lineOf(const QJsonObject &json)

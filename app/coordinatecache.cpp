@@ -196,8 +196,9 @@ void CoordinateCache::queueLookups(const QList<StationSpot> &spots)
         if (m_positions.contains(spot.reference) || m_pending.contains(spot.reference))
             continue;
         m_pending.insert(spot.reference);
-        requestPosition(spot.source, spot.reference);
+        m_waiting.append({spot.source, spot.reference});
     }
+    sendWaiting();
     // Once per reference: the model gives the position to every spot of it.
     QSet<QString> located;
     for (const StationSpot &spot : spots) {
@@ -219,6 +220,15 @@ std::optional<CoordinateCache::Position> CoordinateCache::lookup(const QString &
     return *it;
 }
 
+void CoordinateCache::sendWaiting()
+{
+    while (m_inFlight < k_maxRequestsInFlight && !m_waiting.isEmpty()) {
+        const auto [source, reference] = m_waiting.takeFirst();
+        ++m_inFlight;
+        requestPosition(source, reference);
+    }
+}
+
 void CoordinateCache::requestPosition(StationSpot::Source source, const QString &reference)
 {
     QUrl url = source == StationSpot::POTA ? m_potaUrl : m_sotaUrl;
@@ -236,6 +246,8 @@ void CoordinateCache::onReply(QNetworkReply *reply, const QString &reference)
     reply->deleteLater();
     // Freed on failure too: the next batch that names the reference asks again.
     m_pending.remove(reference);
+    --m_inFlight;
+    sendWaiting();
     if (reply->error() != QNetworkReply::NoError)
         return;
     const std::optional<Position> p = parsePosition(reply->readAll());

@@ -63,9 +63,14 @@ public:
     int saveDelayMs() const;
     void setSaveDelayMs(int ms);
 
-    // Sends one request per uncached park or summit of the batch, then reports the
-    // cached position of every spot of the batch that lacks one.
+    // Asks once for each uncached park or summit of the batch, at most
+    // k_maxRequestsInFlight at a time, then reports the cached position of every
+    // spot of the batch that lacks one.
     void queueLookups(const QList<StationSpot> &spots);
+
+    // A full table asks for thousands of positions: a few at a time is polite
+    // to the services and keeps thousands of replies from landing at once.
+    static constexpr int k_maxRequestsInFlight = 4;
 
     std::optional<Position> lookup(const QString &reference) const;
     int size() const { return int(m_positions.size()); }
@@ -78,6 +83,7 @@ signals:
 
 private:
     void requestPosition(StationSpot::Source source, const QString &reference);
+    void sendWaiting();
     void onReply(QNetworkReply *reply, const QString &reference);
     qint64 cutoffMSecs() const;
 
@@ -89,4 +95,6 @@ private:
     bool m_lookupsEnabled = false;
     QHash<QString, Position> m_positions;
     QSet<QString> m_pending;
+    QList<std::pair<StationSpot::Source, QString>> m_waiting;
+    int m_inFlight = 0;
 };

@@ -350,6 +350,19 @@ private slots:
         QCOMPARE(times.size(), 2);
     }
 
+    // A batch of many parks is asked a few at a time, and every one of them is answered.
+    void manyAskedAFewAtATime()
+    {
+        QList<StationSpot> batch;
+        for (int park = 1; park <= 3 * CoordinateCache::k_maxRequestsInFlight; ++park) {
+            const QString reference = QStringLiteral("US-%1").arg(park, 4, 10, QLatin1Char('0'));
+            m_server->setRoute("/park/" + reference.toLatin1(), R"({"latitude":40.0,"longitude":-75.0})");
+            batch << spot(StationSpot::POTA, reference);
+        }
+        m_cache->queueLookups(batch);
+        QTRY_COMPARE(m_cache->size(), int(batch.size()));
+    }
+
     // Without the user's own position nothing is asked; other programmes only take cached positions.
     void neverAskedFor()
     {

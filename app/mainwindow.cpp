@@ -137,6 +137,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 
 MainWindow::~MainWindow()
 {
+    // The children outlive this body: what they signal while they are torn down
+    // (a dock hidden, a view emptied) must not reach a window that is no longer one.
+    for (QObject *child : findChildren<QObject *>())
+        child->disconnect(this);
     m_pollTimer->stop();
     m_reconnectTimer->stop();
     m_rigLink->stopWorkerThread(3000);

@@ -12,6 +12,7 @@
 #include "app/dialogs/programsdialog.h"
 #include "app/dialogs/radiosetupdialog.h"
 #include "app/dialogs/windowdialogs.h"
+#include "app/huntedcalls.h"
 #include "app/logexport.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
@@ -113,12 +114,18 @@ void MainWindow::wireRbn()
     connect(m_rbn, &RbnClient::statusMessage, this,
             [this](const QString &text) { statusBar()->showMessage(text, 8000); });
     connect(m_skimmerFeed, &SkimmerFeed::spotsReady, this, &MainWindow::onSpotsReady);
+    m_sourceHealth->watchFeedGroup(QStringLiteral("RBN"), {m_rbn->feeds().cbegin(), m_rbn->feeds().cend()});
+    auto *hunted = new HuntedCalls(
+        m_model, [this] { return m_settings.filter.maxAgeMins; }, m_skimmerFeed);
+    m_skimmerFeed->filter().setHuntedTest([hunted](const QString &call) { return hunted->contains(call); });
     applyRbnChoice();
 }
 
 void MainWindow::applyRbnChoice()
 {
     const bool on = m_settings.filter.isSourceEnabled(StationSpot::RBN);
+    m_skimmerFeed->filter().setHuntedOnly(!m_settings.rbnAllStations);
+    m_skimmerFeed->filter().setContinents(m_settings.rbnContinentsInEffect());
     m_skimmerFeed->setEnabled(on);
     on ? void(m_rbn->start()) : m_rbn->stop();
 }

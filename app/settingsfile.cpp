@@ -1,6 +1,7 @@
 #include "app/settingsfile.h"
 
 #include "app/tallisdir.h"
+#include "sources/dxcc.h"
 
 #include <QDir>
 #include <QFile>
@@ -71,6 +72,17 @@ QStringList stringList(const QJsonValue &value)
             list.append(text);
     }
     return list;
+}
+
+// Upper case, in the usual order, each once; names the table lacks are dropped.
+QStringList knownContinents(const QStringList &list)
+{
+    QStringList known;
+    for (const QString &code : continentCodes()) {
+        if (list.contains(code, Qt::CaseInsensitive))
+            known.append(code);
+    }
+    return known;
 }
 
 QJsonArray toJsonArray(const QStringList &list)
@@ -177,6 +189,14 @@ QJsonObject flagsToJson(const std::array<bool, N> &flags, const char *const (&ke
 
 } // namespace
 
+QStringList AppSettings::rbnContinentsInEffect() const
+{
+    if (!rbnContinentsFromCall)
+        return rbnContinents;
+    const QString own = dxContinentForCallsign(callsign);
+    return own.isEmpty() ? QStringList() : QStringList{own};
+}
+
 DxClusterEntry AppSettings::defaultDxCluster()
 {
     return DxClusterEntry{QStringLiteral("dxc.ve7cc.net"), 23};
@@ -232,6 +252,10 @@ AppSettings SettingsFile::fromJson(const QJsonObject &json)
     s.rbnHost = stringValue(json.value(key("rbnHost"))).trimmed();
     if (s.rbnHost.isEmpty())
         s.rbnHost = d.rbnHost;
+    s.rbnAllStations = stringValue(json.value(key("rbnScope"))) == QLatin1String("all");
+    const QJsonValue continents = json.value(key("rbnContinents"));
+    s.rbnContinentsFromCall = !continents.isArray();
+    s.rbnContinents = knownContinents(stringList(continents));
     flagsFromJson(filter.modes, json.value(key("modes")), k_modeKeys);
 
     filter.statusIndex = clampedInt(json.value(key("statusFilter")), d.filter.statusIndex, 0,
@@ -284,6 +308,10 @@ QJsonObject SettingsFile::toJson(const AppSettings &s)
         {key("sources"), flagsToJson(s.filter.sources, k_sourceKeys)},
         {key("dxClusters"), clustersToJson(s.dxClusters)},
         {key("rbnHost"), s.rbnHost},
+        {key("rbnScope"), s.rbnAllStations ? QStringLiteral("all") : QStringLiteral("hunted")},
+        // null: the own call's continent
+        {key("rbnContinents"),
+         s.rbnContinentsFromCall ? QJsonValue() : QJsonValue(toJsonArray(s.rbnContinents))},
         {key("modes"), flagsToJson(s.filter.modes, k_modeKeys)},
         {key("statusFilter"), s.filter.statusIndex},
         {key("sortColumn"), s.sortColumn},

@@ -44,6 +44,13 @@ struct AppSettings
     FilterState filter;
     QList<DxClusterEntry> dxClusters{defaultDxCluster()};
     QString rbnHost = QStringLiteral("telnet.reversebeacon.net"); // the skimmer feed, ports 7000 and 7001
+    // "rbnScope": every station the skimmers hear ("all"), or only those hunted ("hunted").
+    bool rbnAllStations = false;
+    // "rbnContinents": the skimmers' continents (empty: anywhere). Null or absent in the
+    // file, they follow the own call, so the default is right once the call is set.
+    bool rbnContinentsFromCall = true;
+    QStringList rbnContinents;
+    QStringList rbnContinentsInEffect() const;
 
     int sortColumn = 6; // 0..9
     Qt::SortOrder sortOrder = Qt::DescendingOrder;

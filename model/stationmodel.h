@@ -110,6 +110,10 @@ public:
     void setWatchReferences(const QStringList &references);
     QSet<QString> watchCallsigns() const { return m_watchCallsigns.toSet(); }
     QSet<QString> watchReferences() const { return m_watchReferences.toSet(); }
+    bool isWatchedCallsign(const QString &callsign) const
+    {
+        return m_watchCallsigns.containsLowered(callsign);
+    }
 
     void setUserLocation(double lat, double lon);
     void clearUserLocation();

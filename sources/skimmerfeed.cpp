@@ -25,7 +25,7 @@ void SkimmerFeed::setEnabled(bool enabled)
 
 void SkimmerFeed::add(const SkimmerReport &report)
 {
-    if (!m_enabled)
+    if (!m_enabled || !m_filter.accepts(report))
         return;
     StationSpot spot = m_aggregator.add(report);
     if (spot.callsign.isEmpty())

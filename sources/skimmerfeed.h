@@ -2,6 +2,7 @@
 
 #include "model/stationspot.h"
 #include "sources/skimmeraggregator.h"
+#include "sources/skimmerfilter.h"
 #include "sources/skimmerreport.h"
 
 #include <QHash>
@@ -15,7 +16,7 @@ class QTimer;
 // the aggregator, and the rows changed since the last merge go out together
 // at most once every k_mergeIntervalMs, so a busy band costs one merge a
 // second rather than one per line. Reports are dropped while the skimmer
-// source is off.
+// source is off, and those the filter turns away.
 class SkimmerFeed final : public QObject
 {
     Q_OBJECT
@@ -30,6 +31,8 @@ public:
     void setEnabled(bool enabled);
     bool isEnabled() const { return m_enabled; }
     int pendingRows() const { return int(m_pending.size()); }
+    // Which skimmers and stations pass; reports that do not are dropped unseen.
+    SkimmerFilter &filter() { return m_filter; }
 
     void add(const SkimmerReport &report);
     // Sends the pending rows now; nothing when there are none.
@@ -39,6 +42,7 @@ signals:
     void spotsReady(QList<StationSpot> spots);
 
 private:
+    SkimmerFilter m_filter;
     SkimmerAggregator m_aggregator;
     QTimer *m_timer;
     QHash<QString, StationSpot> m_pending; // by the aggregator's row key

@@ -82,6 +82,17 @@ void SourceHealth::watchClusters(const QList<DxClusterFetcher *> &clients)
     emit changed();
 }
 
+void SourceHealth::watchFeedGroup(const QString &name, const QList<DxClusterFetcher *> &feeds)
+{
+    m_feedGroupName = name;
+    m_feedGroup = feeds;
+    for (DxClusterFetcher *feed : feeds) {
+        connect(feed, &DxClusterFetcher::outcomeChanged, this, &SourceHealth::changed);
+        connect(feed, &QObject::destroyed, this, [this, feed] { m_feedGroup.removeAll(feed); });
+    }
+    emit changed();
+}
+
 SourceHealth::Record *SourceHealth::find(const SpotFetcher *fetcher)
 {
     const auto it = std::find_if(m_records.begin(), m_records.end(),
@@ -96,7 +107,9 @@ int SourceHealth::failingCount() const
     });
     const auto clusters = std::count_if(m_clusters.cbegin(), m_clusters.cend(),
                                         [](const DxClusterFetcher *client) { return isFailing(*client); });
-    return int(web + clusters);
+    const bool groupFailing = std::any_of(m_feedGroup.cbegin(), m_feedGroup.cend(),
+                                          [](const DxClusterFetcher *feed) { return isFailing(*feed); });
+    return int(web + clusters) + (groupFailing ? 1 : 0);
 }
 
 QString SourceHealth::labelText() const
@@ -113,6 +126,8 @@ QString SourceHealth::toolTip() const
         lines << describe(record);
     for (const DxClusterFetcher *client : m_clusters)
         lines << describe(*client);
+    if (!m_feedGroup.isEmpty())
+        lines << describeFeedGroup();
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -143,19 +158,38 @@ bool SourceHealth::isFailing(const DxClusterFetcher &client)
 
 QString SourceHealth::describe(const DxClusterFetcher &client)
 {
-    const QString node = QStringLiteral("DX %1:%2: ").arg(client.host()).arg(client.port());
+    return QStringLiteral("DX %1:%2: ").arg(client.host()).arg(client.port()) + outcomeText(client);
+}
+
+QString SourceHealth::outcomeText(const DxClusterFetcher &client)
+{
     const QString at = localTime(client.outcomeAtMs());
     switch (client.outcome()) {
     case DxClusterFetcher::Outcome::Off:
-        return node + QStringLiteral("off");
+        return QStringLiteral("off");
     case DxClusterFetcher::Outcome::Connecting:
-        return node + QStringLiteral("connecting");
+        return QStringLiteral("connecting");
     case DxClusterFetcher::Outcome::LoggedIn:
-        return node + QStringLiteral("logged in since %1").arg(at);
+        return QStringLiteral("logged in since %1").arg(at);
     case DxClusterFetcher::Outcome::Refused:
-        return node + QStringLiteral("refused at %1: %2").arg(at, client.outcomeText());
+        return QStringLiteral("refused at %1: %2").arg(at, client.outcomeText());
     case DxClusterFetcher::Outcome::Unreachable:
-        return node + QStringLiteral("unreachable since %1: %2").arg(at, client.outcomeText());
+        return QStringLiteral("unreachable since %1: %2").arg(at, client.outcomeText());
     }
-    return node;
+    return {};
+}
+
+// "RBN: logged in since 12:00:03" when the connections agree, else each with its port.
+QString SourceHealth::describeFeedGroup() const
+{
+    QStringList states;
+    for (const DxClusterFetcher *feed : m_feedGroup)
+        states << outcomeText(*feed);
+    states.removeDuplicates();
+    if (states.size() > 1) {
+        states.clear();
+        for (const DxClusterFetcher *feed : m_feedGroup)
+            states << QStringLiteral("port %1 %2").arg(feed->port()).arg(outcomeText(*feed));
+    }
+    return m_feedGroupName + QStringLiteral(": ") + states.join(QStringLiteral("; "));
 }

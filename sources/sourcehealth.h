@@ -33,6 +33,9 @@ public:
     // Follows these cluster clients instead of any followed before, each node
     // an entry of its own ("DX host:port"), after the web sources.
     void watchClusters(const QList<DxClusterFetcher *> &clients);
+    // One source fed by several connections (RBN's two ports): one entry,
+    // failing while any of them is.
+    void watchFeedGroup(const QString &name, const QList<DxClusterFetcher *> &feeds);
 
     int failingCount() const;
     // "Sources: all answering" or "Sources: N failing".
@@ -60,8 +63,12 @@ private:
     static QString describe(const Record &record);
     static bool isFailing(const DxClusterFetcher &client);
     static QString describe(const DxClusterFetcher &client);
+    static QString outcomeText(const DxClusterFetcher &client);
+    QString describeFeedGroup() const;
 
     Clock m_clock;
     QList<Record> m_records;
     QList<DxClusterFetcher *> m_clusters;
+    QString m_feedGroupName;
+    QList<DxClusterFetcher *> m_feedGroup;
 };

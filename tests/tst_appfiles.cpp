@@ -29,7 +29,7 @@ const char k_fullRecord[] = R"({"callsign":"G4ABC/P","sotaRef":"G/LD-001","maxAg
     "sources":{"sota":false,"pota":true,"wwff":false,"wwbota":true,"bota":false,"dx":true,"gma":false,
     "rbn":true,"zlota":false,"siota":false},
     "dxClusters":[{"host":"cluster.example.org","port":7300},{"host":"10.0.0.2","port":8000}],
-    "rbnHost":"rbn.example.org","modes":{"ssb":false,"cw":true,"am":false,"fm":true,"other":false},"statusFilter":3,"sortColumn":2,
+    "rbnHost":"rbn.example.org","rbnScope":"all","rbnContinents":["EU","NA"],"modes":{"ssb":false,"cw":true,"am":false,"fm":true,"other":false},"statusFilter":3,"sortColumn":2,
     "sortOrder":0,"disabledBands":["60m","70cm"],"potaPrograms":["US","K"],"sotaAssociations":["W4C"],
     "watchCallsigns":["W4GXX","ÉA1AB"],"watchReferences":["US-1234"],"wsEnabled":false,"wsPort":4000,
     "wsHost":"0.0.0.0","lwEnabled":true,"lwHost":"192.168.1.5","lwPort":5000,"autoAtu":true,
@@ -165,6 +165,12 @@ private slots:
             {"port":23},{"host":"X","port":1},{"host":"v","port":"8000"}],"dxcluster":{"host":"old.org"}})",
                R"({"dxClusters":[{"host":"x","port":1},{"host":"y.example.org","port":7373},{"host":"z",
             "port":23},{"host":"w","port":65535},{"host":"v","port":23}]})");
+        // Continents in the usual order and case, unknown ones dropped; anything but an array follows the
+        // call.
+        addRow("rbn choices", R"({"rbnScope":"ALL","rbnContinents":["na","XX","EU","NA",3]})",
+               R"({"rbnScope":"hunted","rbnContinents":["EU","NA"]})");
+        addRow("rbn continents not a list", R"({"rbnScope":"all","rbnContinents":"EU"})",
+               R"({"rbnScope":"all","rbnContinents":null})");
         addRow("older single-cluster form",
                R"({"dxClusters":[{"host":" "}],"dxcluster":{"host":" old.org "}})",
                R"({"dxClusters":[{"host":"old.org","port":23}]})");
@@ -215,6 +221,30 @@ private slots:
             QVERIFY2(file.save(loaded), kind.constData());
             QCOMPARE(parse(readFile(path)), SettingsFile::toJson(loaded));
         }
+    }
+
+    // Following the call, the skimmers are the operator's own continent's, or anywhere without a call;
+    // an empty choice is anywhere too.
+    void rbnContinentsInEffect_data()
+    {
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QStringList>("continents");
+        QTest::newRow("call in Europe")
+            << QByteArray(R"({"callsign":"G4ABC"})") << QStringList{QStringLiteral("EU")};
+        QTest::newRow("call in Asiatic Russia")
+            << QByteArray(R"({"callsign":"UA9XX"})") << QStringList{QStringLiteral("AS")};
+        QTest::newRow("no call") << QByteArray("{}") << QStringList();
+        QTest::newRow("chosen, call aside") << QByteArray(R"({"callsign":"G4ABC","rbnContinents":["OC"]})")
+                                            << QStringList{QStringLiteral("OC")};
+        QTest::newRow("chosen empty")
+            << QByteArray(R"({"callsign":"G4ABC","rbnContinents":[]})") << QStringList();
+    }
+
+    void rbnContinentsInEffect()
+    {
+        QFETCH(QByteArray, input);
+        QCOMPARE(SettingsFile::fromJson(parse(input)).rbnContinentsInEffect(),
+                 fetched<QStringList>("continents"));
     }
 
     void writtenFileRoundTripAndFailedSaves()

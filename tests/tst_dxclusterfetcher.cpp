@@ -374,13 +374,36 @@ private slots:
         QCOMPARE(f.bufferedChars(), qsizetype(0));
     }
 
-    // Keys in upper case and at most four characters long: the lookup tries no more.
+    // Keys in upper case and at most four characters long: the lookup tries no more. Every
+    // entity names a continent the RBN filter knows.
     void dxccTable()
     {
-        const QHash<QString, const char *> &table = dxccPrefixTable();
-        for (auto it = table.constBegin(); it != table.constEnd(); ++it)
+        const QHash<QString, const DxccEntity *> &table = dxccPrefixTable();
+        for (auto it = table.constBegin(); it != table.constEnd(); ++it) {
             QVERIFY2(it.key() == it.key().toUpper() && !it.key().isEmpty() && it.key().size() <= 4,
                      qPrintable(it.key()));
+            QVERIFY2(continentCodes().contains(QLatin1String(it.value()->continent)), it.value()->name);
+        }
+    }
+
+    void continentLookup_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("continent");
+        // Russia is split by call area; a designator abroad decides as it does for the entity.
+        const QString rows =
+            QStringLiteral("K1ABC=NA;DL1ABC=EU;UA1ABC=EU;UA2ABC=EU;UA9ABC=AS;RA0AA=AS;R8XX=AS;"
+                           "UA3/UA9ABC=EU;JA1XYZ=AS;VK2ABC=OC;ZS6AB=AF;PY2AB=SA;VK0AB=AN;"
+                           "EA8/DL1ABC=AF;KH6XYZ=OC;AA1AA=;=");
+        for (const QString &row : rows.split(QLatin1Char(';'))) {
+            const QStringList parts = row.split(QLatin1Char('='));
+            QTest::newRow(qPrintable(row)) << parts.at(0) << parts.at(1);
+        }
+    }
+
+    void continentLookup()
+    {
+        QCOMPARE(dxContinentForCallsign(fetched<QString>("call")), fetched<QString>("continent"));
     }
 
     void dxccLookup_data()

@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 #include "app/widgets/bandmapcanvas.h"
 #include "app/widgets/mapcanvas.h"
+#include "app/widgets/mapdocks.h"
 #include "model/bands.h"
 #include "radio/hamliblink.h"
 #include "support/rigctldprocess.h"
@@ -63,6 +64,29 @@ class TestMapDocks final : public WindowTest
     }
 
 private slots:
+    // A region chosen stands; otherwise the call's: by continent, with Asia's Region 1 countries apart.
+    void bandPlanRegion_data()
+    {
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<int>("region");
+        const QStringList rows =
+            QStringLiteral("0 G4ABC 1;0 ZS6AB 1;0 K1ABC 2;0 PY2AB 2;0 JA1XYZ 3;0 VK2ABC 3;"
+                           "0 4X1AB 1;0 UA9XX 1;0 EP2AB 3;0 AA1AA 2;3 G4ABC 3;2 JA1XYZ 2")
+                .split(QLatin1Char(';'));
+        for (const QString &row : rows) {
+            const QStringList f = row.split(QLatin1Char(' '));
+            QTest::newRow(qPrintable(row)) << f.at(0).toInt() << f.at(1) << f.at(2).toInt();
+        }
+        QTest::newRow("no call") << 0 << QString() << 2;
+    }
+
+    void bandPlanRegion()
+    {
+        QCOMPARE(MapDocks::regionFor(fetched<int>("setting"), fetched<QString>("call")),
+                 fetched<int>("region"));
+    }
+
     void viewMenuDocksAndTheirPlaceAcrossARestart()
     {
         {

@@ -1,9 +1,12 @@
+#include "app/huntedcalls.h"
 #include "model/stationmodel.h"
 #include "sources/dxclusterfetcher.h"
 #include "sources/rbnclient.h"
 #include "sources/skimmeraggregator.h"
 #include "sources/skimmerfeed.h"
+#include "sources/skimmerfilter.h"
 #include "sources/skimmerreport.h"
+#include "sources/sourcehealth.h"
 #include "support/clustertestserver.h"
 #include "support/testmain.h"
 
@@ -113,6 +116,77 @@ private slots:
         QCOMPARE(last.referenceName, QStringLiteral("Portugal"));
     }
 
+    void filter_data()
+    {
+        QTest::addColumn<QString>("continents");
+        QTest::addColumn<bool>("huntedOnly");
+        QTest::addColumn<QString>("skimmer");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<bool>("passes");
+        // K1ABC is the one hunted call. KM3T is in North America, DL8LAS in Europe, AA1X nowhere known.
+        const auto row = [](const char *name, const char *continents, bool huntedOnly, const char *skimmer,
+                            const char *call, bool passes) {
+            QTest::newRow(name) << QString::fromLatin1(continents) << huntedOnly
+                                << QString::fromLatin1(skimmer) << QString::fromLatin1(call) << passes;
+        };
+        row("anywhere, every station", "", false, "KM3T-2-#", "CS3B", true);
+        row("skimmer on another continent", "EU", false, "KM3T-2-#", "CS3B", false);
+        row("skimmer on the continent", "EU", false, "DL8LAS-#", "CS3B", true);
+        row("one of two continents", "EU NA", false, "KM3T-2-#", "CS3B", true);
+        row("skimmer of no known country", "EU", false, "AA1X-#", "CS3B", false);
+        row("not hunted", "", true, "KM3T-2-#", "CS3B", false);
+        row("hunted", "", true, "KM3T-2-#", "K1ABC", true);
+        row("hunted, skimmer far away", "EU", true, "KM3T-2-#", "K1ABC", false);
+    }
+
+    void filter()
+    {
+        SkimmerFilter filter;
+        filter.setHuntedTest([](const QString &call) { return call == QLatin1String("K1ABC"); });
+        filter.setHuntedOnly(fetched<bool>("huntedOnly"));
+        filter.setContinents(fetched<QString>("continents").split(QLatin1Char(' '), Qt::SkipEmptyParts));
+        SkimmerReport report;
+        report.skimmer = fetched<QString>("skimmer");
+        report.callsign = fetched<QString>("call");
+        QCOMPARE(filter.accepts(report), fetched<bool>("passes"));
+        QCOMPARE(filter.accepts(report), fetched<bool>("passes")); // remembered skimmers answer alike
+    }
+
+    // Hunted: watched, or with a programme spot within the age limit; the set follows a merge within a
+    // second and the age limit within a minute.
+    void huntedCalls()
+    {
+        qint64 now = k_now.toMSecsSinceEpoch();
+        StationModel model;
+        model.setClock([&now] { return now; });
+        model.setWatchCallsigns({QStringLiteral("w4gxx")});
+        int maxAgeMins = 30;
+        HuntedCalls hunted(&model, [&maxAgeMins] { return maxAgeMins; });
+        const auto spot = [&now](StationSpot::Source source, const char *call, int agoMins) {
+            StationSpot s;
+            s.source = source;
+            s.callsign = QString::fromLatin1(call);
+            s.reference = source == StationSpot::DX ? QString() : QStringLiteral("US-1234");
+            s.frequencyKhz = 14062.0;
+            s.spotTime = QDateTime::fromMSecsSinceEpoch(now - agoMins * 60'000LL, Qt::UTC);
+            return s;
+        };
+        model.mergeSpots({spot(StationSpot::POTA, "k1abc", 5), spot(StationSpot::SOTA, "N1OLD", 40)});
+        model.mergeSpots({spot(StationSpot::DX, "JA1XYZ", 1)});
+        QVERIFY(hunted.contains(QStringLiteral("W4GXX")));
+        QVERIFY(hunted.contains(QStringLiteral("K1ABC")));
+        QVERIFY(!hunted.contains(QStringLiteral("N1OLD")));
+        QVERIFY(!hunted.contains(QStringLiteral("JA1XYZ")));
+
+        model.mergeSpots({spot(StationSpot::WWFF, "F4NEW", 1)});
+        QVERIFY(!hunted.contains(QStringLiteral("F4NEW"))); // within the second
+        now += HuntedCalls::k_rebuildMs;
+        QVERIFY(hunted.contains(QStringLiteral("F4NEW")));
+        maxAgeMins = 60;
+        now += HuntedCalls::k_ageRebuildMs;
+        QVERIFY(hunted.contains(QStringLiteral("N1OLD")));
+    }
+
     // An ordinary node relays skimmer lines among its spots: they become
     // skimmer rows, merged together, and never DX spots.
     void relayedLinesOnAClusterNode()
@@ -188,6 +262,33 @@ private slots:
         rbn.setCallsign(QString()); // the call removed: off, with the reason
         QCOMPARE(status.size(), 2);
         QVERIFY(!rbn.isRunning() && !rbn.anyConnected());
+    }
+
+    // Two connections, one source: one line in the health tooltip, one failure when either fails.
+    void rbnIsOneSource()
+    {
+        ClusterTestServer cw;
+        ClusterTestServer digital;
+        QVERIFY(cw.start() && digital.start());
+        digital.setLoginReply("Sorry G4ABC is not a valid callsign\r\n", true);
+        RbnClient rbn;
+        rbn.setHost(QStringLiteral("127.0.0.1"), cw.port(), digital.port());
+        rbn.setCallsign(QStringLiteral("G4ABC"));
+        SourceHealth health;
+        health.watchFeedGroup(QStringLiteral("RBN"), {rbn.feeds().cbegin(), rbn.feeds().cend()});
+        QCOMPARE(health.toolTip(), QStringLiteral("RBN: off"));
+        QVERIFY(rbn.start());
+        QTRY_COMPARE(cw.receivedCount("G4ABC"), 2);
+        cw.sendLine("Connected");
+        QTRY_COMPARE(health.labelText(), QStringLiteral("Sources: 1 failing"));
+        QTRY_VERIFY2(health.toolTip().contains(QStringLiteral("port %1 logged in").arg(cw.port())),
+                     qPrintable(health.toolTip()));
+        QVERIFY(health.toolTip().startsWith(QStringLiteral("RBN: ")));
+        QVERIFY(health.toolTip().contains(QStringLiteral("port %1 refused at ").arg(digital.port())));
+        QVERIFY(!health.toolTip().contains(QLatin1Char('\n')));
+        rbn.stop();
+        QCOMPARE(health.toolTip(), QStringLiteral("RBN: off"));
+        QCOMPARE(health.labelText(), QStringLiteral("Sources: all answering"));
     }
 
     // The table holds one skimmer row per call, band and mode: an updated

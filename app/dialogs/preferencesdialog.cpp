@@ -3,12 +3,14 @@
 #include "app/dialogs/dialogfields.h"
 #include "app/dialogs/logbookpage.h"
 #include "app/settingsfile.h"
+#include "sources/dxcc.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -82,6 +84,9 @@ Preferences Preferences::fromSettings(const AppSettings &settings)
     p.confirmLog = settings.confirmLog;
     p.bandPlanRegion = settings.bandPlanRegion;
     p.spotComment = settings.spotComment;
+    p.rbnAllStations = settings.rbnAllStations;
+    p.rbnContinentsFromCall = settings.rbnContinentsFromCall;
+    p.rbnContinents = settings.rbnContinents;
     return p;
 }
 
@@ -106,6 +111,9 @@ void Preferences::applyTo(AppSettings &settings) const
     settings.confirmLog = confirmLog;
     settings.bandPlanRegion = bandPlanRegion;
     settings.spotComment = spotComment;
+    settings.rbnAllStations = rbnAllStations;
+    settings.rbnContinentsFromCall = rbnContinentsFromCall;
+    settings.rbnContinents = rbnContinents;
 }
 
 PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
@@ -172,6 +180,7 @@ PreferencesDialog::PreferencesDialog(const Preferences &values, QWidget *parent)
     auto *tabs = new QTabWidget(this);
     tabs->addTab(general, QStringLiteral("General"));
     tabs->addTab(m_logbook, QStringLiteral("Logbook"));
+    tabs->addTab(buildRbnPage(values), QStringLiteral("RBN"));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(tabs);
     layout->addWidget(DialogFields::okCancelButtons(this));
@@ -249,6 +258,40 @@ QWidget *PreferencesDialog::buildAlertGroup(const Preferences &values)
     return group;
 }
 
+QWidget *PreferencesDialog::buildRbnPage(const Preferences &values)
+{
+    auto *page = new QWidget(this);
+    m_rbnScope = new QComboBox(page);
+    m_rbnScope->setObjectName(QStringLiteral("rbnScopeCombo"));
+    m_rbnScope->addItem(QStringLiteral("Stations I hunt"), false);
+    m_rbnScope->addItem(QStringLiteral("Every station the skimmers hear"), true);
+    m_rbnScope->setCurrentIndex(values.rbnAllStations ? 1 : 0);
+    m_rbnScope->setToolTip(QStringLiteral("Stations I hunt: call signs on my watch list, or with a programme "
+                                          "spot in the table within the spot age"));
+    m_rbnFromCall = new QCheckBox(QStringLiteral("My continent, from my callsign"), page);
+    m_rbnFromCall->setObjectName(QStringLiteral("rbnFromCallCheck"));
+    m_rbnFromCall->setChecked(values.rbnContinentsFromCall);
+    auto *continents = new QGridLayout;
+    for (const QString &code : continentCodes()) {
+        auto *box = new QCheckBox(continentName(code), page);
+        box->setObjectName(QStringLiteral("rbnContinent") + code);
+        box->setChecked(values.rbnContinents.contains(code));
+        box->setEnabled(!values.rbnContinentsFromCall);
+        connect(m_rbnFromCall, &QCheckBox::toggled, box, &QWidget::setDisabled);
+        continents->addWidget(box, int(m_rbnContinents.size()) / 2, int(m_rbnContinents.size()) % 2);
+        m_rbnContinents.append(box);
+    }
+    auto *form = new QFormLayout(page);
+    form->addRow(new QLabel(QStringLiteral("Skimmers hear stations calling CQ, often before anyone spots "
+                                           "them. Tick RBN in the filter bar to connect."),
+                            page));
+    form->addRow(QStringLiteral("Show:"), m_rbnScope);
+    form->addRow(QStringLiteral("Skimmers on:"), m_rbnFromCall);
+    form->addRow(QString(), continents);
+    form->addRow(new QLabel(QStringLiteral("No continent ticked: skimmers anywhere."), page));
+    return page;
+}
+
 Preferences PreferencesDialog::preferences() const
 {
     Preferences p;
@@ -271,6 +314,12 @@ Preferences PreferencesDialog::preferences() const
     p.confirmLog = m_confirmLog->isChecked();
     p.bandPlanRegion = m_bandPlanRegion->currentData().toInt();
     p.spotComment = m_spotComment->text().trimmed();
+    p.rbnAllStations = m_rbnScope->currentData().toBool();
+    p.rbnContinentsFromCall = m_rbnFromCall->isChecked();
+    for (QCheckBox *box : m_rbnContinents) {
+        if (box->isChecked())
+            p.rbnContinents.append(box->objectName().right(2));
+    }
     return p;
 }
 

@@ -38,6 +38,9 @@ struct Preferences
     bool confirmLog = false;
     int bandPlanRegion = 0; // 0: from the call sign
     QString spotComment;
+    bool rbnAllStations = false;
+    bool rbnContinentsFromCall = true;
+    QStringList rbnContinents;
 
     static Preferences fromSettings(const AppSettings &settings);
     void applyTo(AppSettings &settings) const;
@@ -65,6 +68,7 @@ private:
     QWidget *buildWatchlistGroup(const Preferences &values);
     QWidget *buildApiGroup(const Preferences &values);
     QWidget *buildAlertGroup(const Preferences &values);
+    QWidget *buildRbnPage(const Preferences &values);
 
     QLineEdit *m_callsign;
     QLineEdit *m_sotaRef;
@@ -85,4 +89,7 @@ private:
     LogbookPage *m_logbook = nullptr;
     QCheckBox *m_confirmLog;
     QComboBox *m_bandPlanRegion;
+    QComboBox *m_rbnScope = nullptr;
+    QCheckBox *m_rbnFromCall = nullptr;
+    QList<QCheckBox *> m_rbnContinents; // in continentCodes() order
 };

@@ -2,6 +2,7 @@
 
 #include "app/widgets/radiopanel.h"
 #include "model/referencekind.h"
+#include "sources/dxcc.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -34,6 +35,18 @@ QPushButton *makeAction(const QString &text, const char *objectName, const QStri
     button->setFocusPolicy(Qt::NoFocus);
     return button;
 }
+
+// "Germany · Europe (EU)"; only the continent when the reference line already names the country.
+QString placeOfCall(const StationSpot &spot)
+{
+    const DxccEntity *entity = dxccEntityForCallsign(spot.callsign);
+    if (!entity)
+        return {};
+    const QString code = dxContinentForCallsign(spot.callsign);
+    const QString continent = QStringLiteral("%1 (%2)").arg(continentName(code), code);
+    const QString country = QString::fromLatin1(entity->name);
+    return country == spot.referenceName ? continent : QStringLiteral("%1 · %2").arg(country, continent);
+}
 } // namespace
 
 DetailPanel::DetailPanel(QWidget *parent)
@@ -41,6 +54,7 @@ DetailPanel::DetailPanel(QWidget *parent)
     , m_callsign(makeLabel("detailCallsign", this))
     , m_reference(makeLabel("detailReference", this))
     , m_referenceName(makeLabel("detailReferenceName", this))
+    , m_continent(makeLabel("detailContinent", this))
     , m_frequency(makeLabel("detailFrequency", this))
     , m_mode(makeLabel("detailMode", this))
     , m_time(makeLabel("detailTime", this))
@@ -82,7 +96,7 @@ QWidget *DetailPanel::buildDetails()
     auto *details = new QVBoxLayout(m_details);
     details->setContentsMargins(0, 0, 0, 0);
     details->setSpacing(2);
-    for (QLabel *label : {m_callsign, m_reference, m_referenceName})
+    for (QLabel *label : {m_callsign, m_reference, m_referenceName, m_continent})
         details->addWidget(label);
     auto *tuning = new QHBoxLayout; // frequency and mode share a line
     tuning->setSpacing(10);
@@ -122,6 +136,7 @@ void DetailPanel::showSpot(const StationSpot &spot, const QString &multiOp)
     showLine(m_referenceName, kind.isEmpty() || spot.referenceName.isEmpty()
                                   ? kind + spot.referenceName
                                   : QStringLiteral("%1 — %2").arg(kind, spot.referenceName));
+    showLine(m_continent, placeOfCall(spot));
     showLine(m_frequency, spot.frequencyKhz > 0 ? QStringLiteral("%1 kHz").arg(spot.frequencyKhz, 0, 'f', 1)
                                                 : QStringLiteral("? kHz"));
     showLine(m_mode, spot.mode);
@@ -139,8 +154,8 @@ void DetailPanel::showSpot(const StationSpot &spot, const QString &multiOp)
 
 void DetailPanel::clear()
 {
-    for (QLabel *label : {m_callsign, m_reference, m_referenceName, m_frequency, m_mode, m_time, m_spotter,
-                          m_comments, m_multiop, m_worked})
+    for (QLabel *label : {m_callsign, m_reference, m_referenceName, m_continent, m_frequency, m_mode, m_time,
+                          m_spotter, m_comments, m_multiop, m_worked})
         showLine(label, QString());
     setActionsEnabled(false);
     m_showingSpot = false;

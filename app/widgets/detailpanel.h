@@ -48,6 +48,7 @@ private:
     QLabel *m_callsign;
     QLabel *m_reference;
     QLabel *m_referenceName;
+    QLabel *m_continent; // the call's country and continent
     QLabel *m_frequency;
     QLabel *m_mode;
     QLabel *m_time;

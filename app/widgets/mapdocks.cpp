@@ -5,20 +5,51 @@
 #include "app/widgets/mapview.h"
 #include "model/bandplan.h"
 #include "radio/radiorouter.h"
+#include "sources/dxcc.h"
 
 #include <QAction>
 #include <QDockWidget>
 #include <QMainWindow>
 #include <QMenu>
+#include <QSet>
 
 namespace {
 
-// The prefix table names countries but not yet their continents: until it
-// does, no call sign has a known continent and every call gets region 2.
-QString continentOfCall(const QString &callsign)
+// The IARU region follows the continent, except that the Middle East, the
+// former Soviet republics and Mongolia belong to Region 1 though in Asia.
+int regionOfCall(const QString &callsign)
 {
-    Q_UNUSED(callsign)
-    return QString();
+    static const QSet<QString> asiaInRegionOne = {
+        QStringLiteral("Armenia"),
+        QStringLiteral("Azerbaijan"),
+        QStringLiteral("Bahrain"),
+        QStringLiteral("Cyprus"),
+        QStringLiteral("Georgia"),
+        QStringLiteral("Iraq"),
+        QStringLiteral("Israel"),
+        QStringLiteral("Jordan"),
+        QStringLiteral("Kazakhstan"),
+        QStringLiteral("Kuwait"),
+        QStringLiteral("Kyrgyzstan"),
+        QStringLiteral("Lebanon"),
+        QStringLiteral("Mongolia"),
+        QStringLiteral("Oman"),
+        QStringLiteral("Palestinian Authority"),
+        QStringLiteral("Qatar"),
+        QStringLiteral("Russia"),
+        QStringLiteral("Saudi Arabia"),
+        QStringLiteral("Syria"),
+        QStringLiteral("Tajikistan"),
+        QStringLiteral("Turkey"),
+        QStringLiteral("Turkmenistan"),
+        QStringLiteral("UK Sovereign Bases Cyprus"),
+        QStringLiteral("United Arab Emirates"),
+        QStringLiteral("Uzbekistan"),
+        QStringLiteral("Yemen"),
+    };
+    if (asiaInRegionOne.contains(dxEntityForCallsign(callsign)))
+        return 1;
+    return BandPlan::regionForContinent(dxContinentForCallsign(callsign));
 }
 
 QDockWidget *makeDock(QMainWindow &window, const QString &title, const char *objectName, QWidget *view,
@@ -98,7 +129,7 @@ int MapDocks::regionFor(int setting, const QString &callsign)
 {
     if (setting >= 1 && setting <= 3)
         return setting;
-    return BandPlan::regionForContinent(continentOfCall(callsign));
+    return regionOfCall(callsign);
 }
 
 void MapDocks::onMapVisibility(bool visible)

@@ -1,5 +1,7 @@
 // A DX cluster session: whatever a node sends, cut into reads of arbitrary
-// sizes, reaches a real DxClusterFetcher over a loopback connection.
+// sizes, reaches a real DxClusterFetcher over a loopback connection. Skimmer
+// lines a node relays go through the skimmer aggregator. Built with
+// TALLIS_FUZZ_RBN (fuzz_rbn), the fetcher is an RBN skimmer feed instead.
 //
 // Input: a seed byte for the read sizes, a byte of flags, then the node's
 // bytes. Flags: bits 0-1 pick the largest read (8, 64, 512 or 4096 bytes);
@@ -9,6 +11,8 @@
 #include "api/apijson.h"
 #include "fuzz/fuzzsupport.h"
 #include "sources/dxclusterfetcher.h"
+#include "sources/skimmeraggregator.h"
+#include "sources/skimmerreport.h"
 
 #include <QHostAddress>
 #include <QTcpServer>
@@ -62,6 +66,18 @@ void checkSpots(const QList<StationSpot> &spots)
     FuzzSupport::requireValidJson(ApiJson::spotListJson(spots), "a cluster spot breaks the API's JSON");
 }
 
+// A skimmer report folded into its row: a row that could not be shown or
+// sent would be a fault.
+void checkReport(SkimmerAggregator &aggregator, const SkimmerReport &report)
+{
+    if (!report.isValid() || !(report.frequencyKhz > 0) || report.skimmer.isEmpty())
+        FuzzSupport::fail("an invalid skimmer report", report.callsign);
+    const StationSpot row = aggregator.add(report);
+    if (row.source != StationSpot::RBN || row.callsign != report.callsign)
+        FuzzSupport::fail("a skimmer report without its row", report.callsign);
+    checkSpots({row});
+}
+
 void runSession(const QByteArray &stream, quint8 seed, quint8 flags)
 {
     static const int largest[] = {8, 64, 512, 4096};
@@ -69,7 +85,13 @@ void runSession(const QByteArray &stream, quint8 seed, quint8 flags)
     DxClusterFetcher fetcher(QStringLiteral("127.0.0.1"), node().serverPort(),
                              (flags & 0x20) ? QString() : QStringLiteral("N0CALL"));
     fetcher.setClock([&nowMs] { return nowMs; });
+#ifdef TALLIS_FUZZ_RBN
+    fetcher.setSkimmerFeed(true);
+#endif
     QObject::connect(&fetcher, &DxClusterFetcher::spotsReady, &fetcher, &checkSpots);
+    SkimmerAggregator aggregator(StationSpot::RBN, [&nowMs] { return nowMs; });
+    QObject::connect(&fetcher, &DxClusterFetcher::skimmerReportReady, &fetcher,
+                     [&aggregator](const SkimmerReport &report) { checkReport(aggregator, report); });
 
     fetcher.connectToCluster();
     auto *client = fetcher.findChild<QTcpSocket *>();
@@ -113,11 +135,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     // The line parser on its own, on every line, logged in or not.
     const QDateTime now = QDateTime::fromMSecsSinceEpoch(1764000000000, Qt::UTC);
+    SkimmerAggregator aggregator(StationSpot::RBN, [] { return qint64(1764000000000); });
     for (const QByteArray &line : stream.split('\n')) {
-        const StationSpot spot = DxClusterFetcher::parseDxLine(
-            DxClusterFetcher::stripAnsi(QString::fromUtf8(line)).trimmed(), now);
+        const QString text = DxClusterFetcher::stripAnsi(QString::fromUtf8(line)).trimmed();
+        const StationSpot spot = DxClusterFetcher::parseDxLine(text, now);
         if (!spot.callsign.isEmpty())
             checkSpots({spot});
+        const SkimmerReport report = SkimmerReport::parse(text, now);
+        if (report.isValid())
+            checkReport(aggregator, report);
     }
     FuzzSupport::processEvents();
     return 0;

@@ -11,7 +11,7 @@ seconds="${1:-20}"
 shift || true
 harnesses=("$@")
 if [ ${#harnesses[@]} -eq 0 ]; then
-  harnesses=(pota sota wwff wwbota gma zlota parksnpeaks dxcluster settings contactstatus coordcache api lwclient adif outbox)
+  harnesses=(pota sota wwff wwbota gma zlota parksnpeaks dxcluster rbn settings contactstatus coordcache api lwclient adif outbox)
 fi
 case "$seconds" in
   '' | *[!0-9]*) echo "error: SECONDS must be a whole number, not '$seconds'" >&2; exit 2 ;;

@@ -102,6 +102,45 @@ QByteArray dxLine(int callIndex)
     return line.toLatin1();
 }
 
+// Skimmers around the world; the first hearers of a station are the same ones.
+QString skimmerFor(int index)
+{
+    static const char *const prefixes[] = {"DL", "K", "JA", "VK", "G", "PY", "ZS", "W", "OH", "VE"};
+    return callFor(prefixes[index % 10], 7000 + index) + QStringLiteral("-#");
+}
+
+// One skimmer line of the RBN stand-ins: station c of calls, heard by skimmer
+// (n / calls + c) % (1 + c % 40) of them, so each station is heard by up to 40.
+// Seven in ten are CW (the 7000 port), the rest FT8 (7001).
+QByteArray skimmerLine(int n, int calls, bool *digital)
+{
+    static const char *const prefixes[] = {"DL", "G", "JA", "VK", "PY", "ZS", "W", "UA9"};
+    static const int cwStarts[] = {3500, 7000, 10100, 14000, 18068, 21000, 24890, 28000};
+    static const double ft8Dials[] = {3573, 7074, 10136, 14074, 18100, 21074, 24915, 28074};
+    const int c = n % calls;
+    const int skimmer = (n / calls + c) % (1 + c % 40);
+    *digital = c % 10 >= 7;
+    const QString call = callFor(prefixes[c % 8], c);
+    const QString hhmm = QDateTime::currentDateTimeUtc().toString(QStringLiteral("HHmm"));
+    const double kHz =
+        *digital ? ft8Dials[c % 8] + 0.1 * (c % 25) : cwStarts[c % 8] + (c / 8) % 60 + 0.1 * (skimmer % 2);
+    const int snr = 3 + (n * 7 + skimmer) % 30;
+    const QString line = *digital ? QStringLiteral("DX de %1  %2  %3  FT8  %4 dB  CQ  %5Z\r\n")
+                                        .arg(skimmerFor(skimmer) + QLatin1Char(':'), -15)
+                                        .arg(kHz, 0, 'f', 1)
+                                        .arg(call, -10)
+                                        .arg(snr - 20)
+                                        .arg(hhmm)
+                                  : QStringLiteral("DX de %1  %2  %3  CW  %4 dB  %5 WPM  CQ  %6Z\r\n")
+                                        .arg(skimmerFor(skimmer) + QLatin1Char(':'), -15)
+                                        .arg(kHz, 0, 'f', 1)
+                                        .arg(call, -10)
+                                        .arg(snr)
+                                        .arg(18 + c % 15)
+                                        .arg(hhmm);
+    return line.toLatin1();
+}
+
 struct WindowReport
 {
     qint64 startKb = 0;
@@ -110,6 +149,8 @@ struct WindowReport
     int endRows = 0;
     int endVisible = 0;
     SoakStats::Summary lag;
+    double floodCpuSecs = 0.0;
+    double floodSecs = 0.0;
     QList<QPair<int, qint64>> floodRss; // seconds into the flood, kB
     bool loaded = false;
     bool ended = false;
@@ -128,6 +169,9 @@ void readWindowLine(const QByteArray &line, WindowReport &report)
     } else if (f.value(0) == "lag") {
         report.lag = {f.value(4).toLongLong(), f.value(1).toDouble(), f.value(2).toDouble(),
                       f.value(3).toDouble()};
+    } else if (f.value(0) == "cpu") {
+        report.floodCpuSecs = f.value(1).toDouble();
+        report.floodSecs = f.value(2).toDouble();
     } else if (f.value(0) == "end") {
         report.endKb = f.value(1).toLongLong();
         report.endRows = f.value(2).toInt();
@@ -242,6 +286,8 @@ private:
     QTemporaryDir m_home;
     HttpTestServer m_http;
     ClusterTestServer m_node;
+    ClusterTestServer m_rbnCw;
+    ClusterTestServer m_rbnDigital;
     QProcess m_window;
     QByteArray m_windowOutput;
     WindowReport m_report;
@@ -250,6 +296,7 @@ private:
     int m_nextCall = 0;
     int m_nextWebSpot = 0;
     int m_linesSent = 0;
+    int m_skimmerLinesSent = 0;
     Expected m_expected;
 };
 
@@ -263,6 +310,15 @@ bool Soak::setUp()
     m_http.setRoute("/spots/", "[]");
     m_http.setRoute("/api/spots/gma/", "{\"RCD\":[]}");
     m_node.setLoginReply("Hello N0CALL, this is the soak node\r\nN0CALL de SOAK 22-Nov-2026 1200Z >\r\n");
+    const bool rbn = m_options.rbnLinesPerSecond > 0;
+    if (rbn) {
+        if (!m_rbnCw.start() || !m_rbnDigital.start())
+            return false;
+        for (ClusterTestServer *feed : {&m_rbnCw, &m_rbnDigital}) {
+            feed->setGreeting("Welcome to the soak's skimmer feed\r\nPlease enter your call: ");
+            feed->setLoginReply("Hello N0CALL, Connected\r\n");
+        }
+    }
 
     m_wsPort = SoakHome::freePort();
     const QJsonObject settings{
@@ -273,7 +329,11 @@ bool Soak::setUp()
                                                 {QStringLiteral("wwbota"), true},
                                                 {QStringLiteral("bota"), false},
                                                 {QStringLiteral("dx"), true},
-                                                {QStringLiteral("gma"), true}}},
+                                                {QStringLiteral("gma"), true},
+                                                {QStringLiteral("rbn"), rbn}}},
+        {QStringLiteral("rbnHost"), QStringLiteral("127.0.0.1")},
+        {QStringLiteral("rbnScope"), QStringLiteral("all")},
+        {QStringLiteral("rbnContinents"), QJsonArray()}, // skimmers anywhere
         {QStringLiteral("dxClusters"),
          QJsonArray{QJsonObject{{QStringLiteral("host"), QStringLiteral("127.0.0.1")},
                                 {QStringLiteral("port"), m_node.port()}}}},
@@ -298,6 +358,9 @@ bool Soak::setUp()
                            QString::number(m_web.size())};
     if (m_options.docks)
         windowArgs << QStringLiteral("--docks");
+    if (rbn)
+        windowArgs << QStringLiteral("--rbn") << QString::number(m_rbnCw.port())
+                   << QString::number(m_rbnDigital.port());
     m_window.start(m_self, windowArgs);
     if (!waitUntil([this] { return m_report.loaded; }, 120000)) {
         out(QStringLiteral("error: the window did not load %1 spots").arg(m_web.size()));
@@ -305,6 +368,13 @@ bool Soak::setUp()
     }
     if (!waitUntil([this] { return m_node.receivedCount("SET/DX") > 0; }, 30000)) {
         out(QStringLiteral("error: the window did not log in to the node"));
+        return false;
+    }
+    const auto rbnLoggedIn = [this] {
+        return m_rbnCw.receivedCount("N0CALL") > 0 && m_rbnDigital.receivedCount("N0CALL") > 0;
+    };
+    if (rbn && !waitUntil(rbnLoggedIn, 30000)) {
+        out(QStringLiteral("error: the window did not log in to both skimmer feeds"));
         return false;
     }
     for (int i = 0; i < m_options.apiClients; ++i) {
@@ -319,6 +389,9 @@ bool Soak::setUp()
         out(QStringLiteral("error: not every API client was greeted"));
         return false;
     }
+    for (int i = 0; i < std::min(m_options.deltaClients, int(m_clients.size())); ++i)
+        m_clients[size_t(i)]->send(QStringLiteral("spots.subscribe"),
+                                   {{QStringLiteral("mode"), QStringLiteral("delta")}});
     return true;
 }
 
@@ -331,7 +404,20 @@ void Soak::tick(int tickIndex)
     const int perTick = m_options.linesPerSecond / 20;
     for (int i = 0; i < perTick; ++i, ++m_linesSent)
         lines += dxLine(m_nextCall++ % m_options.dxCalls);
-    m_node.send(lines);
+    if (!lines.isEmpty())
+        m_node.send(lines);
+
+    QByteArray cw;
+    QByteArray digital;
+    for (int i = 0; i < m_options.rbnLinesPerSecond / 20; ++i) {
+        bool isDigital = false;
+        const QByteArray line = skimmerLine(m_skimmerLinesSent++, m_options.rbnCalls, &isDigital);
+        (isDigital ? digital : cw) += line;
+    }
+    if (!cw.isEmpty())
+        m_rbnCw.send(cw);
+    if (!digital.isEmpty())
+        m_rbnDigital.send(digital);
 
     for (int c = 0; c < int(m_clients.size()); ++c) {
         ApiClient &client = *m_clients[size_t(c)];
@@ -365,6 +451,7 @@ void Soak::flood()
     const int ticks = m_options.seconds * 20;
     waitUntil([&tickIndex, ticks] { return tickIndex >= ticks; }, m_options.seconds * 1000 + 60000);
     ticker.stop();
+    m_window.write("stop\n");
     // Replies still on their way are waited for, then the window is asked to go.
     waitUntil(
         [this] {
@@ -404,23 +491,41 @@ int Soak::report()
     // Characters, not bytes, but near enough for text that is nearly all ASCII.
     const qint64 eventKb = eventBytes / 1024;
 
-    out(QStringLiteral("Soak: %1 web spots, %2 cluster lines/s over %3 calls for %4 s, %5 API clients%6")
+    const int deltas = std::min(m_options.deltaClients, int(m_clients.size()));
+    out(QStringLiteral("Soak: %1 web spots, %2 cluster lines/s over %3 calls%4 for %5 s, %6 API clients "
+                       "(%7 on deltas)%8")
             .arg(m_web.size())
             .arg(m_options.linesPerSecond)
             .arg(m_options.dxCalls)
+            .arg(m_options.rbnLinesPerSecond > 0 ? QStringLiteral(", %1 skimmer lines/s over %2 calls")
+                                                       .arg(m_options.rbnLinesPerSecond)
+                                                       .arg(m_options.rbnCalls)
+                                                 : QString())
             .arg(m_options.seconds)
             .arg(m_clients.size())
+            .arg(deltas)
             .arg(m_options.docks ? QStringLiteral(", map and band map shown") : QString()));
-    out(QStringLiteral("  cluster lines sent      %1").arg(m_linesSent));
+    out(QStringLiteral("  lines sent              %1 cluster, %2 skimmer")
+            .arg(m_linesSent)
+            .arg(m_skimmerLinesSent));
     out(QStringLiteral("  rows at the end         %1, visible %2")
             .arg(m_report.endRows)
             .arg(m_report.endVisible));
     out(QStringLiteral("  event-loop lag (50 ms timer)  %1").arg(SoakStats::describe(m_report.lag, "ms")));
     out(QStringLiteral("  status.get round trip   %1")
             .arg(SoakStats::describe(SoakStats::summarize(roundTrips), "ms")));
-    out(QStringLiteral("  resident memory         start %1, loaded %2, end %3; last 30 s: growth %4, peak %5")
-            .arg(mb(m_report.startKb), mb(m_report.loadedKb), mb(m_report.endKb), mb(late.growthKb),
-                 mb(late.peakKb)));
+    qint64 floodPeakKb = 0;
+    for (const auto &[secs, kb] : m_report.floodRss)
+        floodPeakKb = std::max(floodPeakKb, kb);
+    out(QStringLiteral("  resident memory         start %1, loaded %2, flood peak %3, end %4; last 30 s: "
+                       "growth %5, peak %6")
+            .arg(mb(m_report.startKb), mb(m_report.loadedKb), mb(floodPeakKb), mb(m_report.endKb),
+                 mb(late.growthKb), mb(late.peakKb)));
+    if (m_report.floodSecs > 0)
+        out(QStringLiteral("  processor               %1% of one core during the flood (%2 s in %3 s)")
+                .arg(100.0 * m_report.floodCpuSecs / m_report.floodSecs, 0, 'f', 1)
+                .arg(m_report.floodCpuSecs, 0, 'f', 1)
+                .arg(m_report.floodSecs, 0, 'f', 1));
     out(QStringLiteral("  API                     %1 commands, %2 replies, %3 lost, %4 error replies; "
                        "%5 events received (%6)")
             .arg(sent)

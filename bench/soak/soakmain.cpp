@@ -1,8 +1,11 @@
 // tallis_soak: the window under a DX flood, and the program's start-up time.
 //   tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N] [--clients N] [--docks]
+//               [--rbn LINES_PER_S] [--rbn-calls N] [--delta N]
 //   tallis_soak --startup PATH_TO_TALLIS [--runs N]
-// (tallis_soak --window URL ROWS [--docks] is the window's own process, started by the soak.)
-// --docks shows the map and the band map in the window.
+// (tallis_soak --window URL ROWS [--docks] [--rbn CW_PORT DIGITAL_PORT] is the window's own
+// process, started by the soak.)
+// --docks shows the map and the band map in the window; --rbn adds skimmer
+// feeds; --delta N puts the first N API clients on "spots.changed" deltas.
 #include "soakdriver.h"
 #include "soakstartup.h"
 #include "soakwindow.h"
@@ -31,8 +34,13 @@ int main(int argc, char *argv[])
     if (argc >= 4 && std::strcmp(argv[1], "--window") == 0) {
         QApplication app(argc, argv);
         QApplication::setApplicationName(QStringLiteral("Tallis"));
-        const bool docks = argc >= 5 && std::strcmp(argv[4], "--docks") == 0;
-        return runWindowSide(QUrl(QString::fromLocal8Bit(argv[2])), std::atoi(argv[3]), docks);
+        const QStringList args = QCoreApplication::arguments();
+        const qsizetype rbn = args.indexOf(QLatin1String("--rbn"));
+        WindowSideOptions side;
+        side.docks = args.contains(QLatin1String("--docks"));
+        if (rbn > 0 && rbn + 2 < args.size())
+            side.rbnPorts = {quint16(args.at(rbn + 1).toUInt()), quint16(args.at(rbn + 2).toUInt())};
+        return runWindowSide(QUrl(args.at(2)), args.at(3).toInt(), side);
     }
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
@@ -46,9 +54,15 @@ int main(int argc, char *argv[])
     options.linesPerSecond = intArgument(args, "--rate", options.linesPerSecond);
     options.apiClients = intArgument(args, "--clients", options.apiClients);
     options.docks = args.contains(QLatin1String("--docks"));
-    if (options.webSpots < 1 || options.dxCalls < 1 || options.seconds < 1 || options.linesPerSecond < 20) {
-        std::fputs("usage: tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N>=20] [--clients N] "
-                   "[--docks]\n",
+    options.rbnLinesPerSecond = intArgument(args, "--rbn", 0);
+    options.rbnCalls = intArgument(args, "--rbn-calls", options.rbnCalls);
+    options.deltaClients = intArgument(args, "--delta", 0);
+    const bool rateOk =
+        options.linesPerSecond >= 20 || (options.linesPerSecond == 0 && options.rbnLinesPerSecond > 0);
+    if (options.webSpots < 1 || options.dxCalls < 1 || options.seconds < 1 || !rateOk ||
+        (options.rbnLinesPerSecond != 0 && options.rbnLinesPerSecond < 20) || options.rbnCalls < 1) {
+        std::fputs("usage: tallis_soak [--spots N] [--calls N] [--seconds N] [--rate N>=20, or 0 with --rbn] "
+                   "[--clients N] [--docks] [--rbn N>=20] [--rbn-calls N] [--delta N]\n",
                    stderr);
         return 2;
     }

@@ -7,6 +7,7 @@
 #include "app/serviceurls.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
+#include "sources/rbnclient.h"
 
 #include <QApplication>
 #include <QDockWidget>
@@ -16,6 +17,7 @@
 #include <QUrl>
 
 #include <cstdio>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -26,6 +28,15 @@ void say(const QString &line)
 {
     std::printf("%s\n", qPrintable(line));
     std::fflush(stdout);
+}
+
+// User and system time of every thread of this process, seconds.
+double processCpuSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto secs = [](const timeval &t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
+    return secs(usage.ru_utime) + secs(usage.ru_stime);
 }
 
 // Watches the window from inside its event loop: a timer that should fire
@@ -91,6 +102,10 @@ private:
             m_input.remove(0, end + 1);
             if (line == "flood") {
                 m_flood.start();
+                m_cpuAtFlood = processCpuSeconds();
+            } else if (line == "stop" && m_flood.isValid()) {
+                m_floodCpu = processCpuSeconds() - m_cpuAtFlood;
+                m_floodSecs = double(m_flood.elapsed()) / 1000.0;
             } else if (line == "quit") {
                 finish();
                 return;
@@ -103,6 +118,8 @@ private:
         m_stdin.setEnabled(false);
         const SoakStats::Summary lag = SoakStats::summarize(m_lag);
         say(QStringLiteral("lag %1 %2 %3 %4").arg(lag.p50).arg(lag.p99).arg(lag.max).arg(lag.count));
+        if (m_floodSecs > 0)
+            say(QStringLiteral("cpu %1 %2").arg(m_floodCpu).arg(m_floodSecs));
         say(QStringLiteral("end %1 %2 %3").arg(SoakStats::residentKb()).arg(rows()).arg(visible()));
         m_window.close(); // saves the settings, as the user's close does
         QCoreApplication::quit();
@@ -117,6 +134,9 @@ private:
     QTimer m_sample;
     QElapsedTimer m_armed;
     QElapsedTimer m_flood; // valid once the flood has started
+    double m_cpuAtFlood = 0.0;
+    double m_floodCpu = 0.0; // from "flood" to "stop"
+    double m_floodSecs = 0.0;
     QList<double> m_lag;
     QByteArray m_input;
     bool m_loaded = false;
@@ -124,11 +144,14 @@ private:
 
 } // namespace
 
-int runWindowSide(const QUrl &services, int expectedRows, bool docks)
+int runWindowSide(const QUrl &services, int expectedRows, const WindowSideOptions &options)
 {
     const HeapTrimmer heapTrimmer; // as the program's main has
     auto window = std::make_unique<MainWindow>(ServiceUrls::allAt(services));
-    if (docks) {
+    if (options.rbnPorts[0] != 0) // the settings name the host; the service's ports are fixed
+        window->findChild<RbnClient *>()->setHost(QStringLiteral("127.0.0.1"), options.rbnPorts[0],
+                                                  options.rbnPorts[1]);
+    if (options.docks) {
         window->resize(1600, 1000);
         for (const char *name : {"mapDock", "bandMapDock"})
             window->findChild<QDockWidget *>(QLatin1String(name))->show();

@@ -11,6 +11,7 @@
 #include "app/dialogs/windowdialogs.h"
 #include "app/logbook/logbookforwarder.h"
 #include "app/logexport.h"
+#include "app/operatorkeys.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
 #include "app/spotting/spotposter.h"
@@ -32,16 +33,10 @@
 #include "radio/hamliblink.h"
 #include "radio/lwclient.h"
 #include "radio/radiorouter.h"
-#include "sources/botaspotfetcher.h"
 #include "sources/dxclusterfetcher.h"
-#include "sources/gmaspotfetcher.h"
-#include "sources/potaspotfetcher.h"
 #include "sources/rbnclient.h"
 #include "sources/skimmerfeed.h"
-#include "sources/sotaspotfetcher.h"
 #include "sources/sourcehealth.h"
-#include "sources/wwbotaspotfetcher.h"
-#include "sources/wwffspotfetcher.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -62,14 +57,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     : QMainWindow(parent)
     , m_model(new StationModel(this))
     , m_proxy(new SpotFilterProxyModel(this))
-    , m_potaFetcher(new PotaSpotFetcher(this, services.pota))
-    , m_sotaFetcher(new SotaSpotFetcher(this, services.sota))
-    , m_wwffFetcher(new WwffSpotFetcher(this, services.wwff))
-    , m_wwbotaFetcher(new WwbotaSpotFetcher(this, services.wwbota))
-    , m_botaFetcher(new BotaSpotFetcher(this))
-    , m_gmaFetcher(new GmaSpotFetcher(this, services.gma))
-    , m_zlotaFetcher(new SpotFetcher(WebSource::of(StationSpot::ZLOTA), this, services.zlota))
-    , m_siotaFetcher(new SpotFetcher(WebSource::of(StationSpot::SIOTA), this, services.parksnpeaks))
+    , m_webFetchers(services, this)
     , m_dxClusters(this)
     , m_rig(new HamlibController) // parentless: it moves to its own thread
     , m_updateChecker(new UpdateChecker(nullptr, this))
@@ -95,10 +83,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     ensureTallisDir();
     setupUi();
     setupStatusBar();
-    applyStyleSheet();
+    MainWindowUi::applyStyleSheet();
 
     wireLogbook(services.qrzLogbook);
-    loadContactStatus();
+    m_desk.loadStatuses();
     loadCoordCache();
     loadJsonSettings();
     m_desk.reloadWorked();
@@ -225,7 +213,7 @@ void MainWindow::setupCentralWidget()
     connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
     connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
-    m_radioView = new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
+    new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
     setupMapDocks();
 }
 
@@ -324,8 +312,8 @@ void MainWindow::onSelectionChanged(bool byOperator)
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
     // Only the operator's own choice moves the radio.
-    tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
-                m_settings.autoAtu);
+    m_radio->tune(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
+                  m_settings.autoAtu);
 }
 
 void MainWindow::startApiServer()

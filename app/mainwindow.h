@@ -1,40 +1,32 @@
 #pragma once
 
 #include "api/apibackend.h"
-#include "app/operatorkeys.h"
 #include "app/selectionkeeper.h"
 #include "app/settingsfile.h"
 #include "app/stationdesk.h"
+#include "app/webfetchers.h"
 #include "app/widgets/mainwindowui.h"
 #include "app/widgets/windowlabels.h"
-#include "radio/rigtypes.h"
 #include "sources/dxclusterpool.h"
 
 #include <QMainWindow>
 
 class AlertCenter;
-class BotaSpotFetcher;
 class CoordinateCache;
-class GmaSpotFetcher;
 class HamlibController;
 class HamlibLink;
 class LogbookForwarder;
 class LwClient;
 class MapDocks;
-class PotaSpotFetcher;
-class RbnClient;
 class QNetworkAccessManager;
-class QThread;
 class QTimer;
 class QUrl;
 class RadioPanel;
 class RadioRouter;
-class RadioView;
+class RbnClient;
 class SkimmerFeed;
-class SotaSpotFetcher;
 class SourceHealth;
 class SourcesView;
-class SpotFetcher;
 class SpotFilterProxyModel;
 class SpotIngestor;
 class SpotPoster;
@@ -42,10 +34,10 @@ class StationModel;
 class UpdateChecker;
 class WorkedImportLoader;
 class WsServer;
-class WwbotaSpotFetcher;
-class WwffSpotFetcher;
+enum class OperatorAction;
 struct ExportFormat;
-enum class TuneOrigin;
+struct RadioCaps;
+struct RadioState;
 struct ServiceUrls;
 
 // The application controller: owns every long-lived object in a fixed order,
@@ -64,7 +56,7 @@ public:
     bool anyDxConnected() const { return m_dxClusters.anyConnected(); }
     bool isLwBridgeActive() const;
 
-    // The functions behind the WebSocket API.
+    // ApiBackend, in mainwindowapi.cpp.
     bool apiIsRadioConnected() const override;
     double apiRadioFreqKhz() const override;
     QString apiRadioMode() const override;
@@ -116,7 +108,7 @@ private slots:
     void onMarkHeard() { markSelected(StationSpot::Heard); }
     void onMarkUnheard() { markSelected(StationSpot::NotHeard); }
     void onAddToLog() { logSelected(m_settings.confirmLog); }
-    // The spot dialog, prefilled from the selection when asked to and there is one.
+    // Prefilled from the selection when asked to and there is one.
     void onSpotStation(bool fromSelection);
     void exportSotaLog();
     void exportPotaLog();
@@ -138,39 +130,33 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupStatusBar();
-    // The map and the band map, in docks under the View menu.
     void setupMapDocks();
-    void applyStyleSheet() { MainWindowUi::applyStyleSheet(); }
     void wireSources();
     void wireRig();
     void wireRadioEvents();
     void wireRadioPanel();
-    void startApiServer();
-    void startBridge();
-    // Logged contacts to the operator's logbooks; the forwarder's status to the status bar.
     void wireLogbook(const QUrl &qrzUrl);
     void wireSpotting();
+    void startApiServer();
+    void startBridge();
 
-    void loadContactStatus() { m_desk.loadStatuses(); }
     void loadCoordCache();
     void loadJsonSettings();
     void applySettingsToWidgets();
-    // What the preferences hold, on the model, labels, table and helpers.
     void applyPreferences();
     void applyPersistedStatuses() { m_desk.applyPersistedStatuses(); }
+    void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // Spots of the last session, shown at once until each source answers.
     void loadSpotSnapshot();
     void saveSpotSnapshot() const;
-    void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // As a click would: the window comes forward and the row is selected.
     void selectSpot(const QString &key);
-    // The operator picked the spot in a view other than the table: selected, and so tuned.
+    // Picked in a view other than the table: selected, and so tuned.
     void selectSpotByOperator(const QString &key);
     // Positions are looked up while there is a home to measure from or a map to draw them on.
     void updateCoordLookups();
     void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
-    // Ctrl+F and "/": the search field, its text selected.
     void focusSearch();
 
     void createDxFetchers();
@@ -178,36 +164,25 @@ private:
     // The skimmer feed and its connections follow the RBN tick.
     void applyRbnChoice();
     void afterMerge(const QList<StationSpot> &batch);
-    // Filter changes: read the bar, apply, count, save (unless only the search changed), push.
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);
-    // Logs the selection, after the operator confirms it in the log dialog when asked to.
+    // After the operator confirms the records in the log dialog when asked to.
     void logSelected(bool confirm);
-    // The operator's changes to the selection's records; nothing when they cancel.
+    // Nothing when the operator cancels.
     std::optional<QList<RecordEdit>> confirmLogEdits(const QString &key);
     // The imported logbook: read at start and after an import, on a worker thread.
     void wireWorkedImport();
     void readWorkedLogbook();
     void exportLog(const ExportFormat &format);
-    // False when no radio path is up, the frequency is unknown or the program asked.
-    bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
     StationSpot spotForKey(const QString &key) const { return m_desk.spotForKey(key); }
 
     // Owned objects, in creation order.
     StationModel *m_model;
     SpotFilterProxyModel *m_proxy;
-    PotaSpotFetcher *m_potaFetcher;
-    SotaSpotFetcher *m_sotaFetcher;
-    WwffSpotFetcher *m_wwffFetcher;
-    WwbotaSpotFetcher *m_wwbotaFetcher;
-    BotaSpotFetcher *m_botaFetcher;
-    GmaSpotFetcher *m_gmaFetcher;
-    SpotFetcher *m_zlotaFetcher;
-    SpotFetcher *m_siotaFetcher; // ParksnPeaks' silos
+    WebFetchers m_webFetchers;
     DxClusterPool m_dxClusters;
-    HamlibController *m_rig;
-    QThread *m_rigThread = nullptr;
+    HamlibController *m_rig; // parentless: it lives on its own thread
     UpdateChecker *m_updateChecker;
     QTimer *m_pollTimer;
     QTimer *m_reconnectTimer;
@@ -231,13 +206,12 @@ private:
 
     AppSettings m_settings;
     SelectionKeeper m_selection;
+    // Set while the settings file is applied: the widgets' change signals must not save.
     bool m_loadingSettings = false;
 
-    // Widgets.
     MainWindowUi m_ui;
     WindowLabels m_labels;
     RadioPanel *m_radioPanel = nullptr;
-    RadioView *m_radioView = nullptr;
     SourcesView *m_sourcesView = nullptr;
     MapDocks *m_mapDocks = nullptr;
 };

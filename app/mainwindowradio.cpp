@@ -23,7 +23,7 @@ void MainWindow::wireRig()
     connect(m_rig, &HamlibController::error, this,
             [this](const QString &message) { statusBar()->showMessage(message, 5000); });
 
-    m_rigThread = m_rigLink->startWorkerThread(this);
+    m_rigLink->startWorkerThread(this);
 }
 
 void MainWindow::wireRadioEvents()
@@ -71,13 +71,9 @@ void MainWindow::onTuneClicked()
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
-    tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
+    m_radio->tune(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
 }
 
-bool MainWindow::tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu)
-{
-    return m_radio->tune(kHz, mode, origin, autoAtu);
-}
 void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
 {
     m_radioPanel->applyCapabilities(caps);

@@ -70,20 +70,13 @@ void MainWindow::loadSpotSnapshot()
 
 void MainWindow::wireSources()
 {
-    const QList<std::pair<StationSpot::Source, SpotFetcher *>> sources{
-        {StationSpot::POTA, m_potaFetcher},   {StationSpot::SOTA, m_sotaFetcher},
-        {StationSpot::WWFF, m_wwffFetcher},   {StationSpot::WWBOTA, m_wwbotaFetcher},
-        {StationSpot::BOTA, m_botaFetcher},   {StationSpot::GMA, m_gmaFetcher},
-        {StationSpot::ZLOTA, m_zlotaFetcher}, {StationSpot::SIOTA, m_siotaFetcher}};
-    for (const auto &[source, fetcher] : sources) {
+    for (const auto &[source, fetcher] : m_webFetchers.all()) {
         connect(fetcher, &SpotFetcher::spotsReady, this, &MainWindow::onSpotsReady);
         connect(fetcher, &SpotFetcher::fetchError, this, &MainWindow::onFetchError);
         connect(fetcher, &SpotFetcher::fetchStarted, this, &MainWindow::onFetchStarted);
         m_sourcesView->watch(source, fetcher);
     }
-    // Refresh order: SOTA first.
-    for (const auto &[source, fetcher] :
-         {sources[1], sources[0], sources[2], sources[3], sources[4], sources[5], sources[6], sources[7]})
+    for (const auto &[source, fetcher] : m_webFetchers.refreshOrder())
         m_ingestor->addWebSource(source, fetcher);
     connect(m_ingestor, &SpotIngestor::aboutToMerge, this, [this] {
         // Without a row (a lost selection still being handled) the last row stands.

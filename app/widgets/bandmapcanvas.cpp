@@ -7,7 +7,6 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QTimer>
 #include <QToolTip>
 #include <QWheelEvent>
 
@@ -64,75 +63,26 @@ double tickStep(double khzPerPx)
 } // namespace
 
 BandMapCanvas::BandMapCanvas(SpotFilterProxyModel *proxy, QWidget *parent)
-    : QWidget(parent)
-    , m_proxy(proxy)
-    , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
-    , m_fadeTimer(new QTimer(this))
+    : SpotCanvas(proxy, parent)
 {
     setObjectName(QStringLiteral("bandMapCanvas"));
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(k_scaleWidth + k_labelWidth, 160);
     setBand(m_band);
-    if (proxy) {
-        connect(proxy, &QAbstractItemModel::modelReset, this, &BandMapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::layoutChanged, this, &BandMapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsInserted, this, &BandMapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsRemoved, this, &BandMapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsMoved, this, &BandMapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::dataChanged, this, &BandMapCanvas::onProxyDataChanged);
-    }
-    // Ages fade by the minute; nothing else moves with time.
-    connect(m_fadeTimer, &QTimer::timeout, this, [this] {
-        if (isVisible() && !m_entries.empty())
-            update();
-    });
-    m_fadeTimer->start(k_fadeTickMs);
-    scheduleRebuild();
 }
 
 BandMapCanvas::~BandMapCanvas() = default;
 
-void BandMapCanvas::onProxyDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight)
+void BandMapCanvas::rebuild(const SpotFilterProxyModel *proxy)
 {
-    if (topLeft.column() == StationModel::AgeColumn && bottomRight.column() == StationModel::AgeColumn)
-        return;
-    scheduleRebuild();
-}
-
-void BandMapCanvas::scheduleRebuild()
-{
-    if (!isVisible()) {
-        m_dirtyWhileHidden = true;
-        return;
-    }
-    if (m_rebuildPending)
-        return;
-    m_rebuildPending = true;
-    QTimer::singleShot(0, this, [this] {
-        if (m_rebuildPending)
-            rebuildNow();
-    });
-}
-
-void BandMapCanvas::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    if (m_dirtyWhileHidden)
-        scheduleRebuild();
-}
-
-void BandMapCanvas::rebuildNow()
-{
-    m_rebuildPending = false;
-    m_dirtyWhileHidden = false;
-    const auto *model = m_proxy ? qobject_cast<const StationModel *>(m_proxy->sourceModel()) : nullptr;
+    const auto *model = proxy ? qobject_cast<const StationModel *>(proxy->sourceModel()) : nullptr;
     std::vector<Entry> entries;
     if (model && m_band >= 0) {
         const Band &band = k_bands[size_t(m_band)];
         const QList<StationSpot> &spots = model->spots();
-        for (int r = 0, rows = m_proxy->rowCount(); r < rows; ++r) {
-            const int source = m_proxy->mapToSource(m_proxy->index(r, 0)).row();
+        for (int r = 0, rows = proxy->rowCount(); r < rows; ++r) {
+            const int source = proxy->mapToSource(proxy->index(r, 0)).row();
             if (source < 0 || source >= spots.size())
                 continue;
             const StationSpot &s = spots.at(source);
@@ -206,20 +156,6 @@ void BandMapCanvas::setRegion(int region)
         return;
     m_region = region;
     m_scaleValid = false;
-    update();
-}
-
-void BandMapCanvas::setSelectedKey(const QString &key)
-{
-    if (key == m_selectedKey)
-        return;
-    m_selectedKey = key;
-    update();
-}
-
-void BandMapCanvas::setClock(Clock clock)
-{
-    m_clock = std::move(clock);
     update();
 }
 
@@ -303,13 +239,12 @@ int BandMapCanvas::alphaForAge(qint64 timeMs, qint64 now) const
 
 void BandMapCanvas::paintEvent(QPaintEvent *)
 {
-    ++m_paints;
+    countPaint();
     ensureLayout();
     // The scale and the shading change with the range alone: kept in a pixmap.
     const qreal dpr = devicePixelRatioF();
     if (!m_scaleValid || m_scalePixmap.size() != size() * dpr) {
-        m_scalePixmap = QPixmap(size() * dpr);
-        m_scalePixmap.setDevicePixelRatio(dpr);
+        m_scalePixmap = widgetPixmap(dpr);
         QPainter s(&m_scalePixmap);
         s.fillRect(rect(), k_background);
         paintScale(s);
@@ -358,7 +293,7 @@ QColor BandMapCanvas::entryColour(const Entry &e, qint64 now) const
 
 void BandMapCanvas::paintSpots(QPainter &p)
 {
-    const qint64 now = m_clock();
+    const qint64 now = nowMs();
     // Ticks and leaders first, as one-pixel rectangles; the labels then cover
     // the leaders that pass behind nearer columns.
     for (const Placed &placed : m_placed) {
@@ -375,7 +310,7 @@ void BandMapCanvas::paintSpots(QPainter &p)
             continue;
         const Entry &e = m_entries[size_t(placed.entry)];
         const QColor colour = entryColour(e, now);
-        const bool selected = e.key == m_selectedKey;
+        const bool selected = e.key == selectedKey();
         p.fillRect(placed.rect, selected ? QColor(10, 34, 56) : k_background);
         if (selected) {
             p.setPen(colour);
@@ -434,9 +369,7 @@ void BandMapCanvas::mouseReleaseEvent(QMouseEvent *event)
         return QWidget::mouseReleaseEvent(event);
     const int entry = hitEntry(event->position());
     if (entry >= 0) {
-        const QString key = m_entries[size_t(entry)].key;
-        setSelectedKey(key);
-        emit spotActivated(key);
+        activate(m_entries[size_t(entry)].key);
         return;
     }
     if (event->position().x() <= k_tickX + k_labelGap) {

@@ -2,12 +2,11 @@
 
 #include "model/mappaths.h"
 #include "model/spotfilterproxymodel.h"
-#include "model/stationmodel.h"
 #include "model/sunposition.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QPainter>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -58,10 +57,7 @@ QPainterPath graticule(const MapProjection &projection)
 } // namespace
 
 MapCanvas::MapCanvas(SpotFilterProxyModel *proxy, QWidget *parent)
-    : QWidget(parent)
-    , m_proxy(proxy)
-    , m_clock([] { return QDateTime::currentDateTimeUtc(); })
-    , m_minuteTimer(new QTimer(this))
+    : SpotCanvas(proxy, parent)
 {
     setObjectName(QStringLiteral("mapCanvas"));
     setMouseTracking(true);
@@ -72,52 +68,16 @@ MapCanvas::MapCanvas(SpotFilterProxyModel *proxy, QWidget *parent)
     if (land.open(QIODevice::ReadOnly))
         m_land = MapPaths::readRings(land.readAll());
     applyProjection(MapProjection::equirectangular());
-    if (proxy) {
-        connect(proxy, &QAbstractItemModel::modelReset, this, &MapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::layoutChanged, this, &MapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsInserted, this, &MapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsRemoved, this, &MapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::rowsMoved, this, &MapCanvas::scheduleRebuild);
-        connect(proxy, &QAbstractItemModel::dataChanged, this, &MapCanvas::onProxyDataChanged);
-    }
-    connect(m_minuteTimer, &QTimer::timeout, this, &MapCanvas::onMinuteTick);
-    m_minuteTimer->start(k_terminatorMs);
-    scheduleRebuild();
 }
 
 MapCanvas::~MapCanvas() = default;
 
-void MapCanvas::onProxyDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight)
+void MapCanvas::rebuild(const SpotFilterProxyModel *proxy)
 {
-    // The age column ticks every second and changes nothing on the map.
-    if (topLeft.column() == StationModel::AgeColumn && bottomRight.column() == StationModel::AgeColumn)
-        return;
-    scheduleRebuild();
-}
-
-void MapCanvas::scheduleRebuild()
-{
-    if (!isVisible()) {
-        m_dirtyWhileHidden = true;
-        return;
-    }
-    if (m_rebuildPending)
-        return;
-    m_rebuildPending = true;
-    QTimer::singleShot(0, this, [this] {
-        if (m_rebuildPending)
-            rebuildNow();
-    });
-}
-
-void MapCanvas::rebuildNow()
-{
-    m_rebuildPending = false;
-    m_dirtyWhileHidden = false;
-    if (!m_proxy)
+    if (!proxy)
         return;
     const int before = m_markers.unplacedCount();
-    if (!m_markers.rebuild(*m_proxy, m_projection))
+    if (!m_markers.rebuild(*proxy, m_projection))
         return;
     m_clustersValid = false;
     if (m_markers.unplacedCount() != before)
@@ -125,22 +85,14 @@ void MapCanvas::rebuildNow()
     update();
 }
 
-void MapCanvas::showEvent(QShowEvent *event)
+bool MapCanvas::agedSincePaint() const
 {
-    QWidget::showEvent(event);
-    if (m_dirtyWhileHidden)
-        scheduleRebuild();
-}
-
-void MapCanvas::onMinuteTick()
-{
-    if (isVisible() && currentMinute() != m_baseKey.minute)
-        update();
+    return currentMinute() != m_baseKey.minute;
 }
 
 qint64 MapCanvas::currentMinute() const
 {
-    return m_clock().toMSecsSinceEpoch() / 60000;
+    return nowMs() / 60000;
 }
 
 void MapCanvas::setOwnPosition(double lat, double lon)
@@ -187,25 +139,11 @@ void MapCanvas::applyProjection(const MapProjection &projection)
     viewChanged();
 }
 
-void MapCanvas::setSelectedKey(const QString &key)
-{
-    if (key == m_selectedKey)
-        return;
-    m_selectedKey = key;
-    update();
-}
-
 void MapCanvas::setDistanceUnit(DistanceUnit unit)
 {
     if (unit == m_unit)
         return;
     m_unit = unit;
-    update();
-}
-
-void MapCanvas::setClock(Clock clock)
-{
-    m_clock = std::move(clock);
     update();
 }
 
@@ -273,8 +211,7 @@ void MapCanvas::ensureBase()
         m_nightMinute = key.minute;
     }
     m_baseKey = key;
-    m_base = QPixmap(size() * key.dpr);
-    m_base.setDevicePixelRatio(key.dpr);
+    m_base = widgetPixmap(key.dpr);
     QPainter p(&m_base);
     paintBase(p);
 }
@@ -372,7 +309,7 @@ void MapCanvas::paintMarkers(QPainter &p)
 
 void MapCanvas::paintEvent(QPaintEvent *)
 {
-    ++m_paints;
+    countPaint();
     ensureBase();
     ensureClusters();
     ensureStamps();

@@ -1,35 +1,28 @@
 #pragma once
 
 #include "app/widgets/mapmarkers.h"
+#include "app/widgets/spotcanvas.h"
 #include "model/greatcircle.h"
 #include "model/mapprojection.h"
 
-#include <QDateTime>
 #include <QHash>
 #include <QPainterPath>
 #include <QPixmap>
-#include <QPointer>
 #include <QPolygonF>
-#include <QWidget>
 
 #include <array>
-#include <functional>
 
-class QTimer;
 class SpotFilterProxyModel;
 
 // The world drawn with the spots the table shows: land, graticule and the
 // night side in a pixmap kept per viewport; markers stamped from images made
-// once; the selected spot's short path from the operator. It repaints only
-// when what it shows changed.
-class MapCanvas final : public QWidget
+// once; the selected spot's short path from the operator.
+class MapCanvas final : public SpotCanvas
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MapCanvas)
 
 public:
-    using Clock = std::function<QDateTime()>;
-    static constexpr int k_terminatorMs = 60000;
     static constexpr double k_maxZoom = 64.0;
     static constexpr double k_cellPx = 10.0;
 
@@ -42,38 +35,30 @@ public:
     // Azimuthal needs the operator's position; without one the map stays equirectangular.
     void setProjectionKind(MapProjection::Kind kind);
     MapProjection::Kind projectionKind() const { return m_projection.kind(); }
-    void setSelectedKey(const QString &key);
-    QString selectedKey() const { return m_selectedKey; }
     void setDistanceUnit(DistanceUnit unit);
-    void setClock(Clock clock);
     void resetView();
     double zoom() const { return m_zoom; }
 
-    // Reads the proxy now rather than at the next turn of the event loop.
-    void rebuildNow();
     const MapMarkers &markers() const { return m_markers; }
     // Where a marker is drawn, in widget pixels; false when it is not shown.
     bool markerScreenPos(const QString &key, QPointF &pos);
     // The text of the selection's path: distance and bearing, short and long.
     QString pathText() const;
-    // Paints since construction, for the test that nothing repaints needlessly.
-    int paintCount() const { return m_paints; }
 
 signals:
-    // The operator picked this spot on the map.
-    void spotActivated(const QString &key);
     // The count of filtered spots the map cannot place changed.
     void unplacedCountChanged(int count);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
-    void showEvent(QShowEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void rebuild(const SpotFilterProxyModel *proxy) override;
+    bool agedSincePaint() const override;
 
 private:
     struct BaseKey
@@ -91,9 +76,6 @@ private:
         }
     };
 
-    void scheduleRebuild();
-    void onProxyDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight);
-    void onMinuteTick();
     void applyProjection(const MapProjection &projection);
     QTransform planeToScreen() const;
     void zoomAt(const QPointF &screen, double factor);
@@ -110,21 +92,15 @@ private:
     QString tooltipFor(int cluster) const;
     void viewChanged();
 
-    QPointer<SpotFilterProxyModel> m_proxy;
     MapMarkers m_markers;
     MapProjection m_projection;
     MapProjection::Kind m_wantedKind = MapProjection::Equirectangular;
     bool m_hasOwn = false;
     double m_ownLat = 0.0;
     double m_ownLon = 0.0;
-    QString m_selectedKey;
     DistanceUnit m_unit = DistanceUnit::Miles;
-    Clock m_clock;
     double m_zoom = 1.0;
     QPointF m_centre;
-    bool m_rebuildPending = false;
-    bool m_dirtyWhileHidden = false;
-    QTimer *m_minuteTimer;
 
     // Land and graticule for the projection in use; the night for a minute.
     QList<QPolygonF> m_land;
@@ -149,5 +125,4 @@ private:
     QPointF m_pressCentre;
     bool m_dragging = false;
     bool m_pressed = false;
-    int m_paints = 0;
 };

@@ -51,7 +51,7 @@ bool MapCanvas::markerScreenPos(const QString &key, QPointF &pos)
 
 QString MapCanvas::pathText() const
 {
-    const int index = m_markers.indexOfKey(m_selectedKey);
+    const int index = m_markers.indexOfKey(selectedKey());
     if (!m_hasOwn || index < 0)
         return {};
     const MapMarker &m = m_markers.markers()[size_t(index)];
@@ -74,7 +74,7 @@ void MapCanvas::paintSelection(QPainter &p)
         p.drawLine(own - QPointF(5, 5), own + QPointF(5, 5));
         p.drawLine(own - QPointF(5, -5), own + QPointF(5, -5));
     }
-    const int index = m_markers.indexOfKey(m_selectedKey);
+    const int index = m_markers.indexOfKey(selectedKey());
     if (index < 0)
         return;
     const MapMarker &m = m_markers.markers()[size_t(index)];
@@ -138,8 +138,7 @@ void MapCanvas::activateCluster(int cluster, const QPoint &globalPos)
             return;
         key = chosen->data().toString();
     }
-    setSelectedKey(key);
-    emit spotActivated(key);
+    activate(key);
 }
 
 void MapCanvas::mousePressEvent(QMouseEvent *event)

@@ -51,17 +51,6 @@ class TestMainWindow final : public WindowTest
         return QStringLiteral(R"({"host": "127.0.0.1", "port": %1})").arg(node.port());
     }
 
-    // What the rig is set to, read through Hamlib on the window's own link; the
-    // read queues behind any tune the window has sent before it.
-    static QString rigSetting(const MainWindow &w)
-    {
-        double kHz = 0.0;
-        QString mode;
-        if (!w.findChild<HamlibLink *>()->readFrequencyAndWait(kHz, mode))
-            return QStringLiteral("<not connected>");
-        return QStringLiteral("%1 %2").arg(kHz, 0, 'f', 1).arg(mode);
-    }
-
 private slots:
     void frameAndStatusBar()
     {

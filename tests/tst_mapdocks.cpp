@@ -54,14 +54,6 @@ class TestMapDocks final : public WindowTest
         }
         return QJsonDocument(spots).toJson(QJsonDocument::Compact);
     }
-    static QString rigSetting(const MainWindow &w)
-    {
-        double kHz = 0.0;
-        QString mode;
-        if (!w.findChild<HamlibLink *>()->readFrequencyAndWait(kHz, mode))
-            return QStringLiteral("<not connected>");
-        return QStringLiteral("%1 %2").arg(kHz, 0, 'f', 1).arg(mode);
-    }
 
 private slots:
     // A region chosen stands; otherwise the call's: by continent, with Asia's Region 1 countries apart.

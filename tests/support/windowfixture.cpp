@@ -86,6 +86,15 @@ StationSpot::Status WindowTest::statusOf(const MainWindow &w, const QString &cal
     return StationSpot::Unknown;
 }
 
+QString WindowTest::rigSetting(const MainWindow &w)
+{
+    double kHz = 0.0;
+    QString mode;
+    if (!w.findChild<HamlibLink *>()->readFrequencyAndWait(kHz, mode))
+        return QStringLiteral("<not connected>");
+    return QStringLiteral("%1 %2").arg(kHz, 0, 'f', 1).arg(mode);
+}
+
 namespace WindowFixture {
 
 void writeSettings(const QByteArray &contents)

@@ -40,6 +40,9 @@ protected:
     static QString selectedCallsign(const MainWindow &w);
     // The status of the first model row of that call sign.
     static StationSpot::Status statusOf(const MainWindow &w, const QString &callsign);
+    // What the rig is set to ("14062.0 CW"), read through Hamlib on the window's own link; the read
+    // queues behind any tune the window has sent before it.
+    static QString rigSetting(const MainWindow &w);
 
 private slots:
     void init();

@@ -178,21 +178,19 @@ StationModel::LinkPairs StationModel::findLinkPairs(const QList<StationSpot> &sp
 
 void StationModel::assignGroups(QList<StationSpot> &spots, const LinkPairs &sortedPairs)
 {
-    for (StationSpot &spot : spots)
-        spot.groupId = 0;
-    if (sortedPairs.empty())
+    if (sortedPairs.empty()) {
+        for (StationSpot &spot : spots)
+            spot.groupId = 0;
         return;
+    }
     // Replaying the links in (i, j) order gives the very numbers that a pass
     // over every pair gives.
-    const int n = int(spots.size());
-    GroupSets groups(n);
+    GroupSets groups(int(spots.size()));
     for (const auto &[i, j] : sortedPairs)
         groups.link(i, j);
-    for (int i = 0; i < n; ++i) {
-        const int g = groups.group(i);
-        if (g != 0)
-            spots[i].groupId = g;
-    }
+    int i = 0;
+    for (StationSpot &spot : spots)
+        spot.groupId = groups.group(i++);
 }
 
 void StationModel::computeGroups(QList<StationSpot> &spots)

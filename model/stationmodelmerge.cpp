@@ -115,6 +115,15 @@ private:
     // other current rows are unique already.
     struct Entry
     {
+        // For emplace_back: a braced temporary is assembled on the stack and
+        // copied in, and that copy stalls on its partial stores.
+        Entry(qint64 t, int i, bool batch, bool c)
+            : time(t)
+            , index(i)
+            , fromBatch(batch)
+            , contested(c)
+        {}
+
         qint64 time;
         int index; // current row, or position in m_incoming
         bool fromBatch;
@@ -125,6 +134,13 @@ private:
     // An own row outlives the replacement of its source until the batch
     // brings the service's copy of it, or it is too old to wait for one.
     bool keepsOwnRow(int row) const;
+    // Whether the hash may be an incoming spot's: most rows are not, and
+    // this spares them the search.
+    bool mayBeIncoming(quint64 hash) const
+    {
+        return !m_incomingByHash.empty() && hash >= m_incomingByHash.front().first &&
+               hash <= m_incomingByHash.back().first;
+    }
     bool carryStatus(int row);
     bool isKeptAlready(const QMultiHash<quint64, int> &contested, quint64 hash,
                        const StationSpot &spot) const;
@@ -144,11 +160,10 @@ private:
     QList<StationSpot> m_rows;
     std::vector<RowInfo> m_rowInfo;
     std::vector<int> m_oldToNew;
-    QStringList m_droppedKeys; // keys of the current rows that did not stay
-    QList<int> m_freshRows;    // rows of m_rows taken from the batch
+    std::vector<int> m_droppedRows; // current rows that do not stay
+    QStringList m_droppedKeys;      // their keys
+    QList<int> m_freshRows;         // rows of m_rows taken from the batch
     std::vector<LinkCandidate> m_freshCandidates;
-    std::vector<LinkCandidate> m_candidates;
-    LinkPairs m_pairs;
 };
 
 void StationModel::mergeSpots(const QList<StationSpot> &batch)
@@ -215,12 +230,14 @@ void StationModel::MergePass::readCurrentRows()
     const int count = int(m_model.m_spots.size());
     m_kept.reserve(size_t(count));
     for (int row = 0; row < count; ++row) {
-        const bool contested = carryStatus(row);
         const RowInfo &info = m_model.m_rowInfo[size_t(row)];
+        const bool contested = mayBeIncoming(info.callRefHash) && carryStatus(row);
         if (info.timeMs < m_cutoff ||
-            (!m_replacedSources.empty() && isReplaced(info.source) && !keepsOwnRow(row)))
+            (!m_replacedSources.empty() && isReplaced(info.source) && !keepsOwnRow(row))) {
+            m_droppedRows.push_back(row);
             continue;
-        m_kept.push_back({info.timeMs, row, false, contested});
+        }
+        m_kept.emplace_back(info.timeMs, row, false, contested);
     }
 }
 
@@ -269,13 +286,14 @@ void StationModel::MergePass::orderByTime()
     std::vector<Entry> fresh;
     fresh.reserve(m_incoming.size());
     for (int k = 0; k < int(m_incoming.size()); ++k)
-        fresh.push_back({m_incoming[size_t(k)].info.timeMs, k, true, true});
+        fresh.emplace_back(m_incoming[size_t(k)].info.timeMs, k, true, true);
     std::stable_sort(fresh.begin(), fresh.end(), newerFirst);
     // The current rows are in order already, so merging keeps this linear.
     if (!std::is_sorted(m_kept.cbegin(), m_kept.cend(), newerFirst))
         std::stable_sort(m_kept.begin(), m_kept.end(), newerFirst);
-    m_ordered.resize(m_kept.size() + fresh.size());
-    std::merge(m_kept.cbegin(), m_kept.cend(), fresh.cbegin(), fresh.cend(), m_ordered.begin(), newerFirst);
+    m_ordered.reserve(m_kept.size() + fresh.size());
+    std::merge(m_kept.cbegin(), m_kept.cend(), fresh.cbegin(), fresh.cend(), std::back_inserter(m_ordered),
+               newerFirst);
 }
 
 // Newest first, so the first row of a call and reference is the one kept.
@@ -284,14 +302,18 @@ void StationModel::MergePass::takeRows()
     m_rows.reserve(qsizetype(m_ordered.size()));
     m_rowInfo.reserve(m_ordered.size());
     m_oldToNew.assign(m_model.m_rowInfo.size(), -1);
+    StationSpot *const current = m_model.m_spots.data();
     QMultiHash<quint64, int> contested; // call/reference hash -> row of m_rows
     for (const Entry &e : m_ordered) {
         const Incoming *in = e.fromBatch ? &m_incoming[size_t(e.index)] : nullptr;
         const RowInfo &info = in ? in->info : m_model.m_rowInfo[size_t(e.index)];
         if (e.contested) {
-            const StationSpot &spot = in ? m_batch.at(in->batchIndex) : m_model.m_spots.at(e.index);
-            if (isKeptAlready(contested, info.callRefHash, spot))
+            const StationSpot &spot = in ? m_batch.at(in->batchIndex) : current[e.index];
+            if (isKeptAlready(contested, info.callRefHash, spot)) {
+                if (!in)
+                    m_droppedRows.push_back(e.index);
                 continue;
+            }
             contested.insert(info.callRefHash, int(m_rows.size()));
         }
         const int row = int(m_rows.size());
@@ -303,7 +325,7 @@ void StationModel::MergePass::takeRows()
             appendLinkCandidates(m_freshCandidates, m_rows.last(), row);
             m_freshRows.append(row);
         } else {
-            m_rows.append(std::move(m_model.m_spots[e.index]));
+            m_rows.append(std::move(current[e.index]));
             m_oldToNew[size_t(e.index)] = row;
         }
     }
@@ -312,11 +334,11 @@ void StationModel::MergePass::takeRows()
 void StationModel::MergePass::noteDroppedRows()
 {
     // Moved-from rows have lost their texts; the rows that stay are moved,
-    // so the dropped ones still hold theirs.
-    for (size_t row = 0; row < m_oldToNew.size(); ++row) {
-        if (m_oldToNew[row] < 0)
-            m_droppedKeys.append(m_model.m_spots.at(int(row)).key());
-    }
+    // so the dropped ones still hold theirs. Their keys go out in row order.
+    std::sort(m_droppedRows.begin(), m_droppedRows.end());
+    m_droppedKeys.reserve(qsizetype(m_droppedRows.size()));
+    for (const int row : m_droppedRows)
+        m_droppedKeys.append(m_model.m_spots.at(row).key());
 }
 
 bool StationModel::MergePass::isKeptAlready(const QMultiHash<quint64, int> &contested, quint64 hash,
@@ -344,33 +366,40 @@ StationModel::MergeChanges StationModel::MergePass::changes() const
     return result;
 }
 
-// The kept candidates stay in order when renumbered; the few new ones are
-// sorted and merged in.
+// The kept candidates stay in order when renumbered (in place, sparing a
+// copy of them all); the few new ones are sorted and merged in.
 void StationModel::MergePass::carryLinkCandidates()
 {
-    m_candidates.reserve(m_model.m_linkCandidates.size() + m_freshCandidates.size());
-    for (const LinkCandidate &c : m_model.m_linkCandidates) {
+    std::vector<LinkCandidate> &candidates = m_model.m_linkCandidates;
+    size_t kept = 0;
+    for (const LinkCandidate &c : candidates) {
         const int row = m_oldToNew[size_t(c.row)];
-        if (row >= 0)
-            m_candidates.push_back({c.bucket, c.freqKhz, row});
+        if (row < 0)
+            continue;
+        LinkCandidate &to = candidates[kept++];
+        to = c;
+        to.row = row;
     }
+    candidates.resize(kept);
     sortLinkCandidates(m_freshCandidates);
     const auto middle =
-        m_candidates.insert(m_candidates.end(), m_freshCandidates.cbegin(), m_freshCandidates.cend());
-    std::inplace_merge(m_candidates.begin(), middle, m_candidates.end(), candidateBefore);
+        candidates.insert(candidates.end(), m_freshCandidates.cbegin(), m_freshCandidates.cend());
+    std::inplace_merge(candidates.begin(), middle, candidates.end(), candidateBefore);
 }
 
 // Links between kept rows hold still (they depend on the two spots alone) and
 // renumbering keeps their order.
 void StationModel::MergePass::carryLinkPairs()
 {
-    m_pairs.reserve(m_model.m_linkPairs.size());
-    for (const auto &[i, j] : m_model.m_linkPairs) {
+    LinkPairs &pairs = m_model.m_linkPairs;
+    size_t kept = 0;
+    for (const auto &[i, j] : pairs) {
         const int ni = m_oldToNew[size_t(i)];
         const int nj = m_oldToNew[size_t(j)];
         if (ni >= 0 && nj >= 0)
-            m_pairs.emplace_back(ni, nj);
+            pairs[kept++] = {ni, nj};
     }
+    pairs.resize(kept);
 }
 
 // Only the new rows' links are sought, among their bucket neighbours.
@@ -381,8 +410,9 @@ void StationModel::MergePass::addFreshLinkPairs()
     LinkPairs fresh;
     for (const LinkCandidate &fc : m_freshCandidates) {
         const LinkCandidate from{fc.bucket, fc.freqKhz - margin, fc.row};
-        auto it = std::lower_bound(m_candidates.cbegin(), m_candidates.cend(), from, candidateBefore);
-        for (; it != m_candidates.cend() && it->bucket == fc.bucket && it->freqKhz <= fc.freqKhz + margin;
+        const std::vector<LinkCandidate> &candidates = m_model.m_linkCandidates;
+        auto it = std::lower_bound(candidates.cbegin(), candidates.cend(), from, candidateBefore);
+        for (; it != candidates.cend() && it->bucket == fc.bucket && it->freqKhz <= fc.freqKhz + margin;
              ++it) {
             if (it->row == fc.row)
                 continue;
@@ -395,16 +425,16 @@ void StationModel::MergePass::addFreshLinkPairs()
     if (fresh.empty())
         return;
     std::sort(fresh.begin(), fresh.end());
-    const auto middle = m_pairs.insert(m_pairs.end(), fresh.cbegin(), fresh.cend());
-    std::inplace_merge(m_pairs.begin(), middle, m_pairs.end());
-    m_pairs.erase(std::unique(m_pairs.begin(), m_pairs.end()), m_pairs.end());
+    LinkPairs &pairs = m_model.m_linkPairs;
+    const auto middle = pairs.insert(pairs.end(), fresh.cbegin(), fresh.cend());
+    std::inplace_merge(pairs.begin(), middle, pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
 }
 
 void StationModel::MergePass::commit()
 {
-    assignGroups(m_rows, m_pairs);
+    // The link candidates and pairs were renumbered in place.
+    assignGroups(m_rows, m_model.m_linkPairs);
     m_model.m_spots = std::move(m_rows);
     m_model.m_rowInfo = std::move(m_rowInfo);
-    m_model.m_linkCandidates = std::move(m_candidates);
-    m_model.m_linkPairs = std::move(m_pairs);
 }

@@ -4,40 +4,30 @@
 #include "app/selectionkeeper.h"
 #include "app/settingsfile.h"
 #include "app/stationdesk.h"
-#include "app/webfetchers.h"
 #include "app/widgets/mainwindowui.h"
 #include "app/widgets/windowlabels.h"
-#include "sources/dxclusterpool.h"
 
 #include <QMainWindow>
 
 class AlertCenter;
 class CoordinateCache;
-class HamlibController;
-class HamlibLink;
 class LogbookForwarder;
-class LwClient;
 class MapDocks;
 class QNetworkAccessManager;
 class QTimer;
 class QUrl;
 class RadioPanel;
-class RadioRouter;
-class RbnClient;
-class SkimmerFeed;
-class SourceHealth;
+class RadioStation;
 class SourcesView;
 class SpotFilterProxyModel;
-class SpotIngestor;
 class SpotPoster;
+class SpotSources;
 class StationModel;
 class UpdateChecker;
 class WorkedImportLoader;
 class WsServer;
 enum class OperatorAction;
 struct ExportFormat;
-struct RadioCaps;
-struct RadioState;
 struct ServiceUrls;
 
 // The application controller: owns every long-lived object in a fixed order,
@@ -53,7 +43,7 @@ public:
     explicit MainWindow(const ServiceUrls &services, QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    bool anyDxConnected() const { return m_dxClusters.anyConnected(); }
+    bool anyDxConnected() const;
     bool isLwBridgeActive() const;
 
     // ApiBackend, in mainwindowapi.cpp.
@@ -94,10 +84,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
-    void onSpotsReady(const QList<StationSpot> &spots);
-    void onFetchError(const QString &error);
-    void onFetchStarted();
-    void onDxConnectionChanged(bool connected);
     void onSourceFilterChanged();
     void onModeFilterChanged() { applyFilter(true); }
     void onBandFilterChanged() { applyFilter(true); }
@@ -120,8 +106,6 @@ private slots:
     void onLwBridgeSetup();
     void onProgramsClicked();
     void onUpdateAvailable(const QString &version);
-    void onCapabilitiesChanged(const RadioCaps &caps);
-    void onRadioStateRead(const RadioState &state);
     void startupChecks();
 
 private:
@@ -138,7 +122,6 @@ private:
     void wireLogbook(const QUrl &qrzUrl);
     void wireSpotting();
     void startApiServer();
-    void startBridge();
 
     void loadCoordCache();
     void loadJsonSettings();
@@ -155,14 +138,9 @@ private:
     void selectSpotByOperator(const QString &key);
     // Positions are looked up while there is a home to measure from or a map to draw them on.
     void updateCoordLookups();
-    void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
     void focusSearch();
 
-    void createDxFetchers();
-    void wireRbn();
-    // The skimmer feed and its connections follow the RBN tick.
-    void applyRbnChoice();
     void afterMerge(const QList<StationSpot> &batch);
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
@@ -180,22 +158,12 @@ private:
     // Owned objects, in creation order.
     StationModel *m_model;
     SpotFilterProxyModel *m_proxy;
-    WebFetchers m_webFetchers;
-    DxClusterPool m_dxClusters;
-    HamlibController *m_rig; // parentless: it lives on its own thread
+    SpotSources *m_sources;
+    RadioStation *m_radio;
     UpdateChecker *m_updateChecker;
-    QTimer *m_pollTimer;
-    QTimer *m_reconnectTimer;
     QNetworkAccessManager *m_network;
     WsServer *m_wsServer = nullptr;
-    LwClient *m_lwClient = nullptr;
-    HamlibLink *m_rigLink;
-    RadioRouter *m_radio;
     CoordinateCache *m_coords;
-    SpotIngestor *m_ingestor;
-    SkimmerFeed *m_skimmerFeed; // skimmer rows, one merge a second
-    RbnClient *m_rbn;
-    SourceHealth *m_sourceHealth;
     StationDesk m_desk;
     AlertCenter *m_alerts;
     QTimer *m_snapshotTimer;

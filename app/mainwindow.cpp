@@ -59,7 +59,6 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     , m_coords(new CoordinateCache(m_network, this))
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
-    , m_snapshotTimer(new QTimer(this))
     , m_logbook(new LogbookForwarder(LogbookOutbox::defaultFilePath(), this))
     , m_spotPoster(new SpotPoster(services, m_sources->dxClusters(), this))
 {
@@ -84,7 +83,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
             &MainWindow::saveJsonSettings);
 
     wireSources();
-    wireRig();
+    m_radio->startWorker();
     wireSpotting();
 
     // Sources the user switched off stay quiet until ticked again.
@@ -92,7 +91,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     m_sources->rebuildClusters(m_settings);
     m_sources->startRbn(m_settings, [this] { return m_settings.filter.maxAgeMins; });
 
-    connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
+    connect(m_updateChecker, &UpdateChecker::updateAvailable, m_ui.updateBar, &QWidget::show);
     m_updateChecker->checkForUpdates();
     QTimer::singleShot(0, this, &MainWindow::startupChecks);
     // Written at every start so the file always holds every key.
@@ -129,8 +128,8 @@ void MainWindow::setupMenuBar()
 {
     m_ui.buildMenuBar(*this);
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
-    connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
-    connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportSotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::sotaFormat()); });
+    connect(m_ui.exportPotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::potaFormat()); });
     connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
     connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
@@ -158,10 +157,11 @@ void MainWindow::setupCentralWidget()
     m_ui.buildCentralWidget(*this, m_proxy);
     const FilterBar *bar = m_ui.filterBar;
     connect(bar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
-    connect(bar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
-    connect(bar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
-    connect(bar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
-    connect(bar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
+    connect(bar, &FilterBar::modesChanged, this, [this] { applyFilter(true); });
+    connect(bar, &FilterBar::bandsChanged, this, [this] { applyFilter(true); });
+    connect(bar, &FilterBar::statusChanged, this, [this] { applyFilter(true); });
+    // The search text is never saved.
+    connect(bar, &FilterBar::searchTextChanged, this, [this] { applyFilter(false); });
     connect(bar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
     connect(bar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
     // A selection lost to a filter is reported while the proxy is mid-change, and the handler
@@ -192,7 +192,7 @@ void MainWindow::setupCentralWidget()
     connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
     connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
-    new RadioView(m_radio->router(), m_radioPanel, m_labels, statusBar(), this);
+    new RadioView(*m_radio, m_ui.detailPanel->radioPanel(), m_labels, statusBar(), this);
     setupMapDocks();
 }
 
@@ -201,15 +201,15 @@ void MainWindow::setupStatusBar()
     m_labels.addToStatusBar(statusBar());
     // Whatever changes what the table shows (marks under a status filter, the minute's
     // re-filter, Hide worked) recounts, once per turn of the event loop.
-    m_countsTimer = new QTimer(this);
-    m_countsTimer->setSingleShot(true);
-    m_countsTimer->setInterval(0);
-    connect(m_countsTimer, &QTimer::timeout, this, &MainWindow::updateSpotCounts);
-    const auto recount = [this] { m_countsTimer->start(); };
-    connect(m_proxy, &QAbstractItemModel::rowsInserted, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::rowsRemoved, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::modelReset, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::layoutChanged, m_countsTimer, recount);
+    auto *countsTimer = new QTimer(this);
+    countsTimer->setSingleShot(true);
+    countsTimer->setInterval(0);
+    connect(countsTimer, &QTimer::timeout, this, &MainWindow::updateSpotCounts);
+    const auto recount = [countsTimer] { countsTimer->start(); };
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::rowsRemoved, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::modelReset, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::layoutChanged, countsTimer, recount);
     m_sourcesView = new SourcesView(m_sources->health(), m_sources->ingestor(), m_sources->dxClusters(),
                                     m_labels, statusBar(), this);
 }
@@ -348,11 +348,6 @@ bool MainWindow::anyDxConnected() const
     return m_sources->anyDxConnected();
 }
 
-bool MainWindow::isLwBridgeActive() const
-{
-    return m_radio->router()->isBridgeActive();
-}
-
 void MainWindow::saveJsonSettings()
 {
     if (m_loadingSettings)
@@ -366,11 +361,6 @@ void MainWindow::closeEvent(QCloseEvent *event)
     saveJsonSettings();
     saveSpotSnapshot();
     event->accept();
-}
-
-void MainWindow::onUpdateAvailable(const QString &)
-{
-    m_ui.updateBar->show();
 }
 
 void MainWindow::setupToolBar()

@@ -14,9 +14,7 @@ class CoordinateCache;
 class LogbookForwarder;
 class MapDocks;
 class QNetworkAccessManager;
-class QTimer;
 class QUrl;
-class RadioPanel;
 class RadioStation;
 class SourcesView;
 class SpotFilterProxyModel;
@@ -44,7 +42,6 @@ public:
     ~MainWindow() override;
 
     bool anyDxConnected() const;
-    bool isLwBridgeActive() const;
 
     // ApiBackend, in mainwindowapi.cpp.
     bool apiIsRadioConnected() const override;
@@ -85,10 +82,6 @@ protected:
 
 private slots:
     void onSourceFilterChanged();
-    void onModeFilterChanged() { applyFilter(true); }
-    void onBandFilterChanged() { applyFilter(true); }
-    void onStatusFilterChanged(int) { applyFilter(true); }
-    void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
     void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
@@ -96,8 +89,6 @@ private slots:
     void onAddToLog() { logSelected(m_settings.confirmLog); }
     // Prefilled from the selection when asked to and there is one.
     void onSpotStation(bool fromSelection);
-    void exportSotaLog();
-    void exportPotaLog();
     void exportAllContacts();
     void importWorkedLogbook();
     void onPreferences();
@@ -105,7 +96,6 @@ private slots:
     void onDxClusterSetup();
     void onLwBridgeSetup();
     void onProgramsClicked();
-    void onUpdateAvailable(const QString &version);
     void startupChecks();
 
 private:
@@ -116,7 +106,6 @@ private:
     void setupStatusBar();
     void setupMapDocks();
     void wireSources();
-    void wireRig();
     void wireRadioEvents();
     void wireRadioPanel();
     void wireLogbook(const QUrl &qrzUrl);
@@ -127,7 +116,6 @@ private:
     void loadJsonSettings();
     void applySettingsToWidgets();
     void applyPreferences();
-    void applyPersistedStatuses() { m_desk.applyPersistedStatuses(); }
     void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // Spots of the last session, shown at once until each source answers.
     void loadSpotSnapshot();
@@ -166,10 +154,8 @@ private:
     CoordinateCache *m_coords;
     StationDesk m_desk;
     AlertCenter *m_alerts;
-    QTimer *m_snapshotTimer;
     LogbookForwarder *m_logbook;
     WorkedImportLoader *m_workedImport = nullptr;
-    QTimer *m_countsTimer = nullptr;
     SpotPoster *m_spotPoster;
 
     AppSettings m_settings;
@@ -179,7 +165,6 @@ private:
 
     MainWindowUi m_ui;
     WindowLabels m_labels;
-    RadioPanel *m_radioPanel = nullptr;
     SourcesView *m_sourcesView = nullptr;
     MapDocks *m_mapDocks = nullptr;
 };

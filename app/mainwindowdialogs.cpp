@@ -105,16 +105,6 @@ void MainWindow::onProgramsClicked()
     applyFilter(true);
 }
 
-void MainWindow::exportSotaLog()
-{
-    exportLog(LogExport::sotaFormat());
-}
-
-void MainWindow::exportPotaLog()
-{
-    exportLog(LogExport::potaFormat());
-}
-
 void MainWindow::exportLog(const ExportFormat &format)
 {
     const QList<ContactRow> rows = m_desk.exportRows(format.source);

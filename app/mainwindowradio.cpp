@@ -1,7 +1,7 @@
 #include "app/mainwindow.h"
 
-// The radio's wiring: the rig's worker thread, the bridge, the radio panel,
-// and the window's tune requests, which the router decides.
+// The radio's wiring to the window: the radio panel's controls, the API's
+// radio events, and the window's tune requests, which the router decides.
 
 #include "api/wsserver.h"
 #include "app/dialogs/windowdialogs.h"
@@ -14,15 +14,6 @@
 #include "radio/radiorouter.h"
 
 #include <QStatusBar>
-
-void MainWindow::wireRig()
-{
-    connect(m_radio, &RadioStation::capabilitiesChanged, m_radioPanel, &RadioPanel::applyCapabilities);
-    connect(m_radio, &RadioStation::radioStateRead, m_radioPanel, &RadioPanel::applyState);
-    connect(m_radio, &RadioStation::rigError, this,
-            [this](const QString &message) { statusBar()->showMessage(message, 5000); });
-    m_radio->startWorker();
-}
 
 void MainWindow::wireRadioEvents()
 {
@@ -37,14 +28,14 @@ void MainWindow::wireRadioEvents()
 
 void MainWindow::wireRadioPanel()
 {
-    m_radioPanel = m_ui.detailPanel->radioPanel();
-    m_radioPanel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
-    m_radioPanel->driveRig(m_radio->link());
-    connect(m_radioPanel, &RadioPanel::tuneAtuClicked, this, [this] {
+    RadioPanel *panel = m_ui.detailPanel->radioPanel();
+    panel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
+    panel->driveRig(m_radio->link());
+    connect(panel, &RadioPanel::tuneAtuClicked, this, [this] {
         m_radio->router()->startRigTune();
         statusBar()->showMessage(QStringLiteral("ATU tuning cycle started."), 4000);
     });
-    connect(m_radioPanel, &RadioPanel::autoAtuToggled, this, [this](bool on) {
+    connect(panel, &RadioPanel::autoAtuToggled, this, [this](bool on) {
         m_settings.autoAtu = on;
         saveJsonSettings(); // skipped while the settings are being loaded
     });
@@ -54,7 +45,7 @@ void MainWindow::onTuneClicked()
 {
     if (!m_selection.hasSelection())
         return;
-    if (!isLwBridgeActive() && !m_radio->link()->isConnected()) {
+    if (!m_radio->router()->isBridgeActive() && !m_radio->link()->isConnected()) {
         if (WindowDialogs::askToConfigureRadio(this))
             onRadioSetup();
         return;

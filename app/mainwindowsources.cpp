@@ -23,9 +23,10 @@ void MainWindow::loadSpotSnapshot()
         updateSpotCounts();
     m_alerts->seed(seen);
     // Kept fresh so that a crash loses at most two minutes of the table.
-    m_snapshotTimer->setObjectName(QStringLiteral("spotSnapshotTimer"));
-    connect(m_snapshotTimer, &QTimer::timeout, this, &MainWindow::saveSpotSnapshot);
-    m_snapshotTimer->start(120000);
+    auto *snapshotTimer = new QTimer(this);
+    snapshotTimer->setObjectName(QStringLiteral("spotSnapshotTimer"));
+    connect(snapshotTimer, &QTimer::timeout, this, &MainWindow::saveSpotSnapshot);
+    snapshotTimer->start(120000);
 }
 
 void MainWindow::wireSources()
@@ -49,7 +50,7 @@ void MainWindow::wireSources()
 
 void MainWindow::afterMerge(const QList<StationSpot> &batch)
 {
-    applyPersistedStatuses();
+    m_desk.applyPersistedStatuses();
     m_coords->queueLookups(batch);
     updateSpotCounts();
     m_wsServer->pushSpotsUpdated();

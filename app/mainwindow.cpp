@@ -12,8 +12,10 @@
 #include "app/logbook/logbookforwarder.h"
 #include "app/logexport.h"
 #include "app/operatorkeys.h"
+#include "app/radiostation.h"
 #include "app/serviceurls.h"
 #include "app/spotingestor.h"
+#include "app/spotsources.h"
 #include "app/spotting/spotposter.h"
 #include "app/tallisdir.h"
 #include "app/updatechecker.h"
@@ -29,14 +31,7 @@
 #include "app/widgets/windowlayout.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
-#include "radio/hamlibcontroller.h"
-#include "radio/hamliblink.h"
-#include "radio/lwclient.h"
 #include "radio/radiorouter.h"
-#include "sources/dxclusterfetcher.h"
-#include "sources/rbnclient.h"
-#include "sources/skimmerfeed.h"
-#include "sources/sourcehealth.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -57,25 +52,15 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     : QMainWindow(parent)
     , m_model(new StationModel(this))
     , m_proxy(new SpotFilterProxyModel(this))
-    , m_webFetchers(services, this)
-    , m_dxClusters(this)
-    , m_rig(new HamlibController) // parentless: it moves to its own thread
+    , m_sources(new SpotSources(services, m_model, this))
+    , m_radio(new RadioStation(this))
     , m_updateChecker(new UpdateChecker(nullptr, this))
-    , m_pollTimer(new QTimer(this))
-    , m_reconnectTimer(new QTimer(this))
     , m_network(new QNetworkAccessManager(this))
-    , m_rigLink(new HamlibLink(m_rig, this))
-    , m_radio(new RadioRouter(m_rigLink, m_pollTimer, m_reconnectTimer, this))
     , m_coords(new CoordinateCache(m_network, this))
-    , m_ingestor(new SpotIngestor(m_model, this))
-    , m_skimmerFeed(new SkimmerFeed({}, this))
-    , m_rbn(new RbnClient(this))
-    , m_sourceHealth(new SourceHealth(this))
     , m_desk(*m_model, *m_proxy)
     , m_alerts(new AlertCenter(&m_desk.worked(), this))
-    , m_snapshotTimer(new QTimer(this))
     , m_logbook(new LogbookForwarder(LogbookOutbox::defaultFilePath(), this))
-    , m_spotPoster(new SpotPoster(services, m_dxClusters, this))
+    , m_spotPoster(new SpotPoster(services, m_sources->dxClusters(), this))
 {
     registerStationSpotMetaTypes();
     m_proxy->setSourceModel(m_model);
@@ -98,17 +83,15 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
             &MainWindow::saveJsonSettings);
 
     wireSources();
-    wireRig();
+    m_radio->startWorker();
     wireSpotting();
 
     // Sources the user switched off stay quiet until ticked again.
-    m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
-    createDxFetchers();
-    if (m_settings.filter.isSourceEnabled(StationSpot::DX))
-        m_dxClusters.connectAll();
-    wireRbn();
+    m_sources->ingestor()->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
+    m_sources->rebuildClusters(m_settings);
+    m_sources->startRbn(m_settings, [this] { return m_settings.filter.maxAgeMins; });
 
-    connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
+    connect(m_updateChecker, &UpdateChecker::updateAvailable, m_ui.updateBar, &QWidget::show);
     m_updateChecker->checkForUpdates();
     QTimer::singleShot(0, this, &MainWindow::startupChecks);
     // Written at every start so the file always holds every key.
@@ -118,7 +101,7 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     m_wsServer->setSpotTracker(new SpotDeltaTracker(m_model, m_proxy, m_wsServer));
     wireRadioEvents();
     startApiServer();
-    startBridge();
+    m_radio->startBridge(m_settings.lwHost, m_settings.lwPort, m_settings.lwEnabled);
     // The operator's keys belong to the table from the start, not to the search field.
     m_ui.table->setFocus(Qt::OtherFocusReason);
 }
@@ -129,13 +112,7 @@ MainWindow::~MainWindow()
     // (a dock hidden, a view emptied) must not reach a window that is no longer one.
     for (QObject *child : findChildren<QObject *>())
         child->disconnect(this);
-    m_pollTimer->stop();
-    m_reconnectTimer->stop();
-    m_rigLink->stopWorkerThread(3000);
-    // Its shutdown reports a disconnection that nobody is left to show.
-    m_rig->disconnect();
-    delete m_rig;
-    m_rig = nullptr;
+    m_radio->shutdown();
 }
 
 void MainWindow::setupUi()
@@ -151,8 +128,8 @@ void MainWindow::setupMenuBar()
 {
     m_ui.buildMenuBar(*this);
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
-    connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
-    connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
+    connect(m_ui.exportSotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::sotaFormat()); });
+    connect(m_ui.exportPotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::potaFormat()); });
     connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
     connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
@@ -162,12 +139,13 @@ void MainWindow::setupMenuBar()
     connect(m_ui.quit, &QAction::triggered, this, &QWidget::close);
     connect(m_ui.preferences, &QAction::triggered, this, &MainWindow::onPreferences);
     connect(m_ui.radioSetup, &QAction::triggered, this, &MainWindow::onRadioSetup);
-    connect(m_ui.disconnectRadio, &QAction::triggered, m_radio, &RadioRouter::disconnectRig);
-    connect(m_ui.connectRadio, &QAction::triggered, m_radio, &RadioRouter::connectRig);
+    RadioRouter *radio = m_radio->router();
+    connect(m_ui.disconnectRadio, &QAction::triggered, radio, &RadioRouter::disconnectRig);
+    connect(m_ui.connectRadio, &QAction::triggered, radio, &RadioRouter::connectRig);
     // Connect is offered while the rig is disconnected.
-    connect(m_radio, &RadioRouter::rigConnected, m_ui.connectRadio,
+    connect(radio, &RadioRouter::rigConnected, m_ui.connectRadio,
             [this] { m_ui.connectRadio->setEnabled(false); });
-    connect(m_radio, &RadioRouter::rigDisconnected, m_ui.connectRadio,
+    connect(radio, &RadioRouter::rigDisconnected, m_ui.connectRadio,
             [this] { m_ui.connectRadio->setEnabled(true); });
     connect(m_ui.dxClusterSetup, &QAction::triggered, this, &MainWindow::onDxClusterSetup);
     connect(m_ui.lwBridgeSetup, &QAction::triggered, this, &MainWindow::onLwBridgeSetup);
@@ -179,10 +157,11 @@ void MainWindow::setupCentralWidget()
     m_ui.buildCentralWidget(*this, m_proxy);
     const FilterBar *bar = m_ui.filterBar;
     connect(bar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
-    connect(bar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
-    connect(bar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
-    connect(bar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
-    connect(bar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
+    connect(bar, &FilterBar::modesChanged, this, [this] { applyFilter(true); });
+    connect(bar, &FilterBar::bandsChanged, this, [this] { applyFilter(true); });
+    connect(bar, &FilterBar::statusChanged, this, [this] { applyFilter(true); });
+    // The search text is never saved.
+    connect(bar, &FilterBar::searchTextChanged, this, [this] { applyFilter(false); });
     connect(bar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
     connect(bar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
     // A selection lost to a filter is reported while the proxy is mid-change, and the handler
@@ -213,7 +192,7 @@ void MainWindow::setupCentralWidget()
     connect(panel, &DetailPanel::preferencesRequested, this, &MainWindow::onPreferences);
     connect(panel, &DetailPanel::radioSetupRequested, this, &MainWindow::onRadioSetup);
     wireRadioPanel();
-    new RadioView(m_radio, m_radioPanel, m_labels, statusBar(), this);
+    new RadioView(*m_radio, m_ui.detailPanel->radioPanel(), m_labels, statusBar(), this);
     setupMapDocks();
 }
 
@@ -222,16 +201,17 @@ void MainWindow::setupStatusBar()
     m_labels.addToStatusBar(statusBar());
     // Whatever changes what the table shows (marks under a status filter, the minute's
     // re-filter, Hide worked) recounts, once per turn of the event loop.
-    m_countsTimer = new QTimer(this);
-    m_countsTimer->setSingleShot(true);
-    m_countsTimer->setInterval(0);
-    connect(m_countsTimer, &QTimer::timeout, this, &MainWindow::updateSpotCounts);
-    const auto recount = [this] { m_countsTimer->start(); };
-    connect(m_proxy, &QAbstractItemModel::rowsInserted, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::rowsRemoved, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::modelReset, m_countsTimer, recount);
-    connect(m_proxy, &QAbstractItemModel::layoutChanged, m_countsTimer, recount);
-    m_sourcesView = new SourcesView(m_sourceHealth, m_ingestor, m_dxClusters, m_labels, statusBar(), this);
+    auto *countsTimer = new QTimer(this);
+    countsTimer->setSingleShot(true);
+    countsTimer->setInterval(0);
+    connect(countsTimer, &QTimer::timeout, this, &MainWindow::updateSpotCounts);
+    const auto recount = [countsTimer] { countsTimer->start(); };
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::rowsRemoved, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::modelReset, countsTimer, recount);
+    connect(m_proxy, &QAbstractItemModel::layoutChanged, countsTimer, recount);
+    m_sourcesView = new SourcesView(m_sources->health(), m_sources->ingestor(), m_sources->dxClusters(),
+                                    m_labels, statusBar(), this);
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)
@@ -286,11 +266,11 @@ void MainWindow::applyFilter(bool save)
 void MainWindow::onSourceFilterChanged()
 {
     m_ui.filterBar->updateState(m_settings.filter);
-    m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
+    m_sources->ingestor()->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
     const bool dxOn = m_settings.filter.isSourceEnabled(StationSpot::DX);
-    dxOn ? m_dxClusters.connectAll() : m_dxClusters.disconnectAll();
+    m_sources->setDxEnabled(dxOn);
     m_sourcesView->dxChosen(dxOn, !m_settings.callsign.isEmpty());
-    applyRbnChoice();
+    m_sources->applyRbnChoice(m_settings);
     applyFilter(true);
 }
 
@@ -312,8 +292,8 @@ void MainWindow::onSelectionChanged(bool byOperator)
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
     // Only the operator's own choice moves the radio.
-    m_radio->tune(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
-                  m_settings.autoAtu);
+    m_radio->router()->tune(spot.frequencyKhz, spot.mode,
+                            byOperator ? TuneOrigin::Operator : TuneOrigin::Program, m_settings.autoAtu);
 }
 
 void MainWindow::startApiServer()
@@ -335,7 +315,7 @@ void MainWindow::loadJsonSettings()
     // would write a half-loaded state over the real one.
     m_loadingSettings = true;
     m_settings = SettingsFile(settingsFilePath()).load();
-    m_radio->setRigConfig(m_settings.rig);
+    m_radio->router()->setRigConfig(m_settings.rig);
     applyPreferences();
     if (m_settings.fileExisted)
         applySettingsToWidgets();
@@ -363,9 +343,9 @@ void MainWindow::applyPreferences()
     m_logbook->configure(s.logTargets, AdifStation{s.callsign, s.hasUserLocation, s.latitude, s.longitude});
 }
 
-bool MainWindow::isLwBridgeActive() const
+bool MainWindow::anyDxConnected() const
 {
-    return m_radio->isBridgeActive();
+    return m_sources->anyDxConnected();
 }
 
 void MainWindow::saveJsonSettings()
@@ -381,11 +361,6 @@ void MainWindow::closeEvent(QCloseEvent *event)
     saveJsonSettings();
     saveSpotSnapshot();
     event->accept();
-}
-
-void MainWindow::onUpdateAvailable(const QString &)
-{
-    m_ui.updateBar->show();
 }
 
 void MainWindow::setupToolBar()
@@ -422,7 +397,7 @@ void MainWindow::focusSearch()
 
 void MainWindow::updateSpotCounts()
 {
-    m_labels.showSpotCounts(m_ingestor->countsText(m_proxy->rowCount()));
+    m_labels.showSpotCounts(m_sources->ingestor()->countsText(m_proxy->rowCount()));
 }
 
 void MainWindow::markSelected(StationSpot::Status status)

@@ -4,40 +4,28 @@
 #include "app/selectionkeeper.h"
 #include "app/settingsfile.h"
 #include "app/stationdesk.h"
-#include "app/webfetchers.h"
 #include "app/widgets/mainwindowui.h"
 #include "app/widgets/windowlabels.h"
-#include "sources/dxclusterpool.h"
 
 #include <QMainWindow>
 
 class AlertCenter;
 class CoordinateCache;
-class HamlibController;
-class HamlibLink;
 class LogbookForwarder;
-class LwClient;
 class MapDocks;
 class QNetworkAccessManager;
-class QTimer;
 class QUrl;
-class RadioPanel;
-class RadioRouter;
-class RbnClient;
-class SkimmerFeed;
-class SourceHealth;
+class RadioStation;
 class SourcesView;
 class SpotFilterProxyModel;
-class SpotIngestor;
 class SpotPoster;
+class SpotSources;
 class StationModel;
 class UpdateChecker;
 class WorkedImportLoader;
 class WsServer;
 enum class OperatorAction;
 struct ExportFormat;
-struct RadioCaps;
-struct RadioState;
 struct ServiceUrls;
 
 // The application controller: owns every long-lived object in a fixed order,
@@ -53,8 +41,7 @@ public:
     explicit MainWindow(const ServiceUrls &services, QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    bool anyDxConnected() const { return m_dxClusters.anyConnected(); }
-    bool isLwBridgeActive() const;
+    bool anyDxConnected() const;
 
     // ApiBackend, in mainwindowapi.cpp.
     bool apiIsRadioConnected() const override;
@@ -94,15 +81,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
-    void onSpotsReady(const QList<StationSpot> &spots);
-    void onFetchError(const QString &error);
-    void onFetchStarted();
-    void onDxConnectionChanged(bool connected);
     void onSourceFilterChanged();
-    void onModeFilterChanged() { applyFilter(true); }
-    void onBandFilterChanged() { applyFilter(true); }
-    void onStatusFilterChanged(int) { applyFilter(true); }
-    void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
     void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
     void onMarkHeard() { markSelected(StationSpot::Heard); }
@@ -110,8 +89,6 @@ private slots:
     void onAddToLog() { logSelected(m_settings.confirmLog); }
     // Prefilled from the selection when asked to and there is one.
     void onSpotStation(bool fromSelection);
-    void exportSotaLog();
-    void exportPotaLog();
     void exportAllContacts();
     void importWorkedLogbook();
     void onPreferences();
@@ -119,9 +96,6 @@ private slots:
     void onDxClusterSetup();
     void onLwBridgeSetup();
     void onProgramsClicked();
-    void onUpdateAvailable(const QString &version);
-    void onCapabilitiesChanged(const RadioCaps &caps);
-    void onRadioStateRead(const RadioState &state);
     void startupChecks();
 
 private:
@@ -132,19 +106,16 @@ private:
     void setupStatusBar();
     void setupMapDocks();
     void wireSources();
-    void wireRig();
     void wireRadioEvents();
     void wireRadioPanel();
     void wireLogbook(const QUrl &qrzUrl);
     void wireSpotting();
     void startApiServer();
-    void startBridge();
 
     void loadCoordCache();
     void loadJsonSettings();
     void applySettingsToWidgets();
     void applyPreferences();
-    void applyPersistedStatuses() { m_desk.applyPersistedStatuses(); }
     void applyHideWorked() { m_desk.setHideWorked(m_settings.filter.hideWorked); }
     // Spots of the last session, shown at once until each source answers.
     void loadSpotSnapshot();
@@ -155,14 +126,9 @@ private:
     void selectSpotByOperator(const QString &key);
     // Positions are looked up while there is a home to measure from or a map to draw them on.
     void updateCoordLookups();
-    void queueCoordLookups(const QList<StationSpot> &batch);
     void updateSpotCounts();
     void focusSearch();
 
-    void createDxFetchers();
-    void wireRbn();
-    // The skimmer feed and its connections follow the RBN tick.
-    void applyRbnChoice();
     void afterMerge(const QList<StationSpot> &batch);
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
@@ -180,28 +146,16 @@ private:
     // Owned objects, in creation order.
     StationModel *m_model;
     SpotFilterProxyModel *m_proxy;
-    WebFetchers m_webFetchers;
-    DxClusterPool m_dxClusters;
-    HamlibController *m_rig; // parentless: it lives on its own thread
+    SpotSources *m_sources;
+    RadioStation *m_radio;
     UpdateChecker *m_updateChecker;
-    QTimer *m_pollTimer;
-    QTimer *m_reconnectTimer;
     QNetworkAccessManager *m_network;
     WsServer *m_wsServer = nullptr;
-    LwClient *m_lwClient = nullptr;
-    HamlibLink *m_rigLink;
-    RadioRouter *m_radio;
     CoordinateCache *m_coords;
-    SpotIngestor *m_ingestor;
-    SkimmerFeed *m_skimmerFeed; // skimmer rows, one merge a second
-    RbnClient *m_rbn;
-    SourceHealth *m_sourceHealth;
     StationDesk m_desk;
     AlertCenter *m_alerts;
-    QTimer *m_snapshotTimer;
     LogbookForwarder *m_logbook;
     WorkedImportLoader *m_workedImport = nullptr;
-    QTimer *m_countsTimer = nullptr;
     SpotPoster *m_spotPoster;
 
     AppSettings m_settings;
@@ -211,7 +165,6 @@ private:
 
     MainWindowUi m_ui;
     WindowLabels m_labels;
-    RadioPanel *m_radioPanel = nullptr;
     SourcesView *m_sourcesView = nullptr;
     MapDocks *m_mapDocks = nullptr;
 };

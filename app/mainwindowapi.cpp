@@ -4,7 +4,9 @@
 // object that owns its concern.
 
 #include "api/wsserver.h"
+#include "app/radiostation.h"
 #include "app/spotingestor.h"
+#include "app/spotsources.h"
 #include "app/widgets/filterbar.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
@@ -15,17 +17,17 @@
 
 bool MainWindow::apiIsRadioConnected() const
 {
-    return m_rigLink->isConnected();
+    return m_radio->link()->isConnected();
 }
 
 double MainWindow::apiRadioFreqKhz() const
 {
-    return m_radio->lastFreqKhz();
+    return m_radio->router()->lastFreqKhz();
 }
 
 QString MainWindow::apiRadioMode() const
 {
-    return m_radio->lastMode();
+    return m_radio->router()->lastMode();
 }
 
 int MainWindow::apiVisibleSpotCount() const
@@ -59,7 +61,7 @@ void MainWindow::apiFilterSet(const QJsonObject &filter)
 bool MainWindow::apiTuneToSpot(const QString &key)
 {
     const StationSpot spot = spotForKey(key);
-    return m_radio->tune(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
+    return m_radio->router()->tune(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
 }
 
 void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)
@@ -71,56 +73,56 @@ void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status
 
 void MainWindow::apiRadioConnect()
 {
-    if (!m_rigLink->isConnected())
-        m_radio->connectRig();
+    if (!m_radio->link()->isConnected())
+        m_radio->router()->connectRig();
     else
-        m_radio->releaseDisconnectHold();
+        m_radio->router()->releaseDisconnectHold();
 }
 
 void MainWindow::apiRadioDisconnect()
 {
-    m_radio->disconnectRig();
+    m_radio->router()->disconnectRig();
 }
 
 void MainWindow::apiSetRadioFreqKhz(double kHz)
 {
-    m_radio->target().setFrequency(kHz);
+    m_radio->router()->target().setFrequency(kHz);
 }
 
 void MainWindow::apiSetRadioMode(const QString &mode)
 {
     // Always the rig, re-tuning the last known frequency in the new mode.
-    m_radio->retuneMode(mode, TuneOrigin::Api);
+    m_radio->router()->retuneMode(mode, TuneOrigin::Api);
 }
 
 void MainWindow::apiSetVolume(int volume)
 {
-    m_radio->target().setVolume(volume);
+    m_radio->router()->target().setVolume(volume);
 }
 
 void MainWindow::apiSetRfPower(int power)
 {
-    m_radio->target().setRfPower(power);
+    m_radio->router()->target().setRfPower(power);
 }
 
 void MainWindow::apiSetMute(bool muted)
 {
-    m_radio->target().setMute(muted);
+    m_radio->router()->target().setMute(muted);
 }
 
 void MainWindow::apiSetFilter(int filter)
 {
-    m_radio->target().setFilter(filter);
+    m_radio->router()->target().setFilter(filter);
 }
 
 void MainWindow::apiSetKeySpeed(int wpm)
 {
-    m_radio->target().setKeySpeed(wpm);
+    m_radio->router()->target().setKeySpeed(wpm);
 }
 
 void MainWindow::apiStartTune()
 {
-    m_radio->startTune();
+    m_radio->router()->startTune();
 }
 
 void MainWindow::apiConfigSet(const QJsonObject &config)
@@ -133,7 +135,7 @@ void MainWindow::apiConfigSet(const QJsonObject &config)
     }
     if (config.contains(QStringLiteral("refreshIntervalSecs"))) {
         m_settings.refreshIntervalSecs = config.value(QStringLiteral("refreshIntervalSecs")).toInt();
-        m_ingestor->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
+        m_sources->ingestor()->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
     }
     saveJsonSettings();
     m_wsServer->pushConfigChanged();

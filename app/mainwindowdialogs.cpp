@@ -15,16 +15,16 @@
 #include "app/logbook/logbookforwarder.h"
 #include "app/logbook/workedimport.h"
 #include "app/logexport.h"
+#include "app/radiostation.h"
 #include "app/spotingestor.h"
+#include "app/spotsources.h"
 #include "app/tallisdir.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/filterbar.h"
 #include "model/spotfilterproxymodel.h"
 #include "model/stationmodel.h"
 #include "radio/hamliblink.h"
-#include "radio/lwclient.h"
 #include "radio/radiorouter.h"
-#include "sources/rbnclient.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -40,10 +40,9 @@ void MainWindow::onPreferences()
     const AppSettings &s = m_settings;
     m_settings.filter.applyTo(*m_proxy);
     applyPreferences();
-    m_ingestor->applySourceChoice(m_settings.filter, s.refreshIntervalSecs);
-    m_dxClusters.setCallsign(s.callsign);
-    m_rbn->setCallsign(s.callsign);
-    applyRbnChoice();
+    m_sources->ingestor()->applySourceChoice(m_settings.filter, s.refreshIntervalSecs);
+    m_sources->setCallsign(s.callsign);
+    m_sources->applyRbnChoice(m_settings);
     if (s.wsEnabled != before.wsEnabled || s.wsPort != before.wsPort || s.wsHost != before.wsHost) {
         m_wsServer->stopListening();
         startApiServer();
@@ -55,32 +54,30 @@ void MainWindow::onPreferences()
 
 void MainWindow::onRadioSetup()
 {
-    RigSetupCalls calls = RigSetupCalls::through(*m_rigLink);
+    RigSetupCalls calls = RigSetupCalls::through(*m_radio->link());
     // The dialog's Connect is the operator's: it ends a disconnect's hold.
     calls.connectRig = [this, connectRig = calls.connectRig](const RigConfig &config) {
-        m_radio->releaseDisconnectHold();
+        m_radio->router()->releaseDisconnectHold();
         return connectRig(config);
     };
-    RadioSetupDialog dialog(m_settings.rig, m_rigLink->rigModelsAndWait(),
+    RadioSetupDialog dialog(m_settings.rig, m_radio->link()->rigModelsAndWait(),
                             RadioSetupDialog::detectSerialPorts(), calls, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.rig = dialog.rigConfig();
-    m_radio->setRigConfig(m_settings.rig);
-    m_radio->releaseDisconnectHold();
+    m_radio->router()->setRigConfig(m_settings.rig);
+    m_radio->router()->releaseDisconnectHold();
     saveJsonSettings();
 }
 
 void MainWindow::onDxClusterSetup()
 {
     DxClustersDialog dialog(m_settings.dxClusters, this);
-    dialog.followClients(m_dxClusters);
+    dialog.followClients(m_sources->dxClusters());
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.dxClusters = dialog.clusters();
-    createDxFetchers();
-    if (m_settings.filter.isSourceEnabled(StationSpot::DX))
-        m_dxClusters.connectAll();
+    m_sources->rebuildClusters(m_settings);
     m_labels.showDxConnected(anyDxConnected());
     saveJsonSettings();
 }
@@ -92,8 +89,7 @@ void MainWindow::onLwBridgeSetup()
         return;
     const LwBridgeSettings chosen = dialog.settings();
     chosen.applyTo(m_settings);
-    m_radio->setBridgeEnabled(chosen.enabled);
-    m_lwClient->retarget(chosen.host, chosen.port, chosen.enabled);
+    m_radio->retargetBridge(chosen.host, chosen.port, chosen.enabled);
     saveJsonSettings();
 }
 
@@ -107,16 +103,6 @@ void MainWindow::onProgramsClicked()
     m_settings.filter.sotaAssociations = dialog.selection().sotaAssociations;
     m_ui.filterBar->setProgramFilterActive(m_settings.filter.hasProgramFilter());
     applyFilter(true);
-}
-
-void MainWindow::exportSotaLog()
-{
-    exportLog(LogExport::sotaFormat());
-}
-
-void MainWindow::exportPotaLog()
-{
-    exportLog(LogExport::potaFormat());
 }
 
 void MainWindow::exportLog(const ExportFormat &format)

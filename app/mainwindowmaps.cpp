@@ -5,6 +5,7 @@
 // being shown is reason enough to look up positions.
 
 #include "app/coordinatecache.h"
+#include "app/radiostation.h"
 #include "app/widgets/mapdocks.h"
 #include "app/widgets/spottable.h"
 #include "model/spotfilterproxymodel.h"
@@ -18,7 +19,7 @@ void MainWindow::setupMapDocks()
     connect(m_mapDocks, &MapDocks::spotActivated, this, &MainWindow::selectSpotByOperator);
     // A frequency alone: the rig keeps the mode it is in.
     connect(m_mapDocks, &MapDocks::tuneRequested, this,
-            [this](double kHz) { m_radio->target().setFrequency(kHz); });
+            [this](double kHz) { m_radio->router()->target().setFrequency(kHz); });
     connect(m_mapDocks, &MapDocks::mapShownChanged, this, &MainWindow::updateCoordLookups);
 }
 
@@ -35,5 +36,5 @@ void MainWindow::updateCoordLookups()
     m_coords->setLookupsEnabled(m_settings.hasUserLocation || m_mapDocks->isMapShown());
     // The spots that came while nobody needed their positions.
     if (!wasOn && m_coords->lookupsEnabled())
-        queueCoordLookups(m_model->spots());
+        m_coords->queueLookups(m_model->spots());
 }

@@ -4,7 +4,9 @@
 // API's "spot.post". The checks and the posting itself are SpotPoster's.
 
 #include "app/dialogs/spotdialog.h"
+#include "app/radiostation.h"
 #include "app/spotingestor.h"
+#include "app/spotsources.h"
 #include "app/spotting/spotposter.h"
 #include "app/widgets/detailpanel.h"
 #include "app/widgets/spottable.h"
@@ -24,7 +26,7 @@ void MainWindow::wireSpotting()
 {
     connect(m_spotPoster, &SpotPoster::ownSpotsPosted, this, [this](QList<StationSpot> spots) {
         SpotPoster::describeFromTable(spots, m_model->spots());
-        m_ingestor->addOwnSpots(spots);
+        m_sources->ingestor()->addOwnSpots(spots);
     });
     connect(m_ui.detailPanel->spotButton(), &QPushButton::clicked, this, [this] { onSpotStation(true); });
     connect(m_ui.table, &SpotTable::respotRequested, this, [this] { onSpotStation(true); });
@@ -34,15 +36,15 @@ void MainWindow::wireSpotting()
 void MainWindow::onSpotStation(bool fromSelection)
 {
     // Tuned there already: the rig knows the frequency better than the spot.
-    const bool radioUp = m_radio->isBridgeActive() || m_radio->isRigConnected();
-    const double rigKhz = radioUp ? m_radio->lastFreqKhz() : 0.0;
+    const bool radioUp = m_radio->router()->isBridgeActive() || m_radio->router()->isRigConnected();
+    const double rigKhz = radioUp ? m_radio->router()->lastFreqKhz() : 0.0;
     SpotRequest prefill;
     if (fromSelection && m_selection.hasSelection()) {
         prefill =
             SpotRequest::fromSpot(spotForKey(m_selection.selectedKey()), rigKhz, m_settings.spotComment);
     } else {
         prefill.frequencyKhz = rigKhz;
-        prefill.mode = radioUp ? m_radio->lastMode() : QString();
+        prefill.mode = radioUp ? m_radio->router()->lastMode() : QString();
         prefill.comments = m_settings.spotComment;
     }
     SpotDialog::Checks checks{[this](const SpotRequest &r) { return m_spotPoster->problem(r); },

@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/spotsources.h"
 #include "app/tallisdir.h"
 #include "app/widgets/radiopanel.h"
 #include "model/spotfilterproxymodel.h"
@@ -313,7 +314,8 @@ private slots:
 
         MainWindow w(services());
         // The cluster clients, not the skimmer feed's connections.
-        const auto clients = w.findChildren<DxClusterFetcher *>(Qt::FindDirectChildrenOnly);
+        const auto clients =
+            w.findChild<SpotSources *>()->findChildren<DxClusterFetcher *>(Qt::FindDirectChildrenOnly);
         QCOMPARE(clients.size(), 2);
         QTRY_VERIFY_WITH_TIMEOUT(clients.at(0)->isConnected() && clients.at(1)->isConnected(), 5000);
         QCOMPARE(labelText(w, "toolbarDxStatus"), QStringLiteral("DX: Connected"));

@@ -1,18 +1,24 @@
 #include "app/widgets/radioview.h"
 
+#include "app/radiostation.h"
 #include "app/widgets/radiopanel.h"
 #include "app/widgets/windowlabels.h"
 
 #include <QStatusBar>
 
-RadioView::RadioView(const RadioRouter *router, RadioPanel *panel, WindowLabels &labels,
+RadioView::RadioView(const RadioStation &station, RadioPanel *panel, WindowLabels &labels,
                      QStatusBar *statusBar, QObject *parent)
     : QObject(parent)
-    , m_router(router)
+    , m_router(station.router())
     , m_panel(panel)
     , m_labels(labels)
     , m_statusBar(statusBar)
 {
+    const RadioRouter *router = m_router;
+    connect(&station, &RadioStation::capabilitiesChanged, panel, &RadioPanel::applyCapabilities);
+    connect(&station, &RadioStation::radioStateRead, panel, &RadioPanel::applyState);
+    connect(&station, &RadioStation::rigError, this,
+            [this](const QString &message) { m_statusBar->showMessage(message, 5000); });
     connect(router, &RadioRouter::rigConnected, this, &RadioView::rigConnected);
     connect(router, &RadioRouter::rigDisconnected, this, &RadioView::rigDisconnected);
     connect(router, &RadioRouter::bridgeLinked, this, &RadioView::bridgeLinked);

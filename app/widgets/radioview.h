@@ -7,17 +7,19 @@
 
 class QStatusBar;
 class RadioPanel;
+class RadioStation;
 class WindowLabels;
 
 // What the window shows when the radio's owner reports: connection labels,
-// the read-out and the status-bar notices. It decides nothing about the radio.
+// the read-out, the panel's controls as the rig can use them, and the
+// status-bar notices. It decides nothing about the radio.
 class RadioView final : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(RadioView)
 
 public:
-    RadioView(const RadioRouter *router, RadioPanel *panel, WindowLabels &labels, QStatusBar *statusBar,
+    RadioView(const RadioStation &station, RadioPanel *panel, WindowLabels &labels, QStatusBar *statusBar,
               QObject *parent = nullptr);
     ~RadioView() override;
 

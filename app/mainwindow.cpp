@@ -68,10 +68,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
     ensureTallisDir();
     setupUi();
     setupStatusBar();
-    MainWindowUi::applyStyleSheet();
+    applyStyleSheet();
 
     wireLogbook(services.qrzLogbook);
-    m_desk.loadStatuses();
+    loadContactStatus();
     loadCoordCache();
     loadJsonSettings();
     m_desk.reloadWorked();
@@ -88,10 +88,10 @@ MainWindow::MainWindow(const ServiceUrls &services, QWidget *parent)
 
     // Sources the user switched off stay quiet until ticked again.
     m_sources->ingestor()->applySourceChoice(m_settings.filter, m_settings.refreshIntervalSecs);
-    m_sources->rebuildClusters(m_settings);
+    createDxFetchers();
     m_sources->startRbn(m_settings, [this] { return m_settings.filter.maxAgeMins; });
 
-    connect(m_updateChecker, &UpdateChecker::updateAvailable, m_ui.updateBar, &QWidget::show);
+    connect(m_updateChecker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
     m_updateChecker->checkForUpdates();
     QTimer::singleShot(0, this, &MainWindow::startupChecks);
     // Written at every start so the file always holds every key.
@@ -128,8 +128,8 @@ void MainWindow::setupMenuBar()
 {
     m_ui.buildMenuBar(*this);
     connect(m_ui.refreshAll, &QAction::triggered, this, &MainWindow::onRefreshAll);
-    connect(m_ui.exportSotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::sotaFormat()); });
-    connect(m_ui.exportPotaLog, &QAction::triggered, this, [this] { exportLog(LogExport::potaFormat()); });
+    connect(m_ui.exportSotaLog, &QAction::triggered, this, &MainWindow::exportSotaLog);
+    connect(m_ui.exportPotaLog, &QAction::triggered, this, &MainWindow::exportPotaLog);
     connect(m_ui.exportAllContacts, &QAction::triggered, this, &MainWindow::exportAllContacts);
     connect(m_ui.importWorkedLogbook, &QAction::triggered, this, &MainWindow::importWorkedLogbook);
     connect(m_ui.clearSpots, &QAction::triggered, this, [this] {
@@ -157,11 +157,11 @@ void MainWindow::setupCentralWidget()
     m_ui.buildCentralWidget(*this, m_proxy);
     const FilterBar *bar = m_ui.filterBar;
     connect(bar, &FilterBar::sourcesChanged, this, &MainWindow::onSourceFilterChanged);
-    connect(bar, &FilterBar::modesChanged, this, [this] { applyFilter(true); });
-    connect(bar, &FilterBar::bandsChanged, this, [this] { applyFilter(true); });
-    connect(bar, &FilterBar::statusChanged, this, [this] { applyFilter(true); });
+    connect(bar, &FilterBar::modesChanged, this, &MainWindow::onModeFilterChanged);
+    connect(bar, &FilterBar::bandsChanged, this, &MainWindow::onBandFilterChanged);
+    connect(bar, &FilterBar::statusChanged, this, &MainWindow::onStatusFilterChanged);
     // The search text is never saved.
-    connect(bar, &FilterBar::searchTextChanged, this, [this] { applyFilter(false); });
+    connect(bar, &FilterBar::searchTextChanged, this, &MainWindow::onTextFilterChanged);
     connect(bar, &FilterBar::programsClicked, this, &MainWindow::onProgramsClicked);
     connect(bar, &FilterBar::hideWorkedChanged, this, [this] { applyFilter(true); });
     // A selection lost to a filter is reported while the proxy is mid-change, and the handler
@@ -292,8 +292,8 @@ void MainWindow::onSelectionChanged(bool byOperator)
     m_ui.detailPanel->showSpot(spot, m_model->multiOpPartnerCalls(spot).join(QStringLiteral(", ")));
     m_ui.detailPanel->showWorked(m_desk.worked().detailText(spot));
     // Only the operator's own choice moves the radio.
-    m_radio->router()->tune(spot.frequencyKhz, spot.mode,
-                            byOperator ? TuneOrigin::Operator : TuneOrigin::Program, m_settings.autoAtu);
+    tuneStation(spot.frequencyKhz, spot.mode, byOperator ? TuneOrigin::Operator : TuneOrigin::Program,
+                m_settings.autoAtu);
 }
 
 void MainWindow::startApiServer()
@@ -346,6 +346,21 @@ void MainWindow::applyPreferences()
 bool MainWindow::anyDxConnected() const
 {
     return m_sources->anyDxConnected();
+}
+
+bool MainWindow::isLwBridgeActive() const
+{
+    return m_radio->router()->isBridgeActive();
+}
+
+void MainWindow::applyStyleSheet()
+{
+    MainWindowUi::applyStyleSheet();
+}
+
+void MainWindow::onUpdateAvailable(const QString &)
+{
+    m_ui.updateBar->show();
 }
 
 void MainWindow::saveJsonSettings()

@@ -25,6 +25,9 @@ class UpdateChecker;
 class WorkedImportLoader;
 class WsServer;
 enum class OperatorAction;
+enum class TuneOrigin;
+struct RadioCaps;
+struct RadioState;
 struct ExportFormat;
 struct ServiceUrls;
 
@@ -42,6 +45,7 @@ public:
     ~MainWindow() override;
 
     bool anyDxConnected() const;
+    bool isLwBridgeActive() const;
 
     // ApiBackend, in mainwindowapi.cpp.
     bool apiIsRadioConnected() const override;
@@ -81,6 +85,14 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
+    void onSpotsReady(const QList<StationSpot> &spots);
+    void onFetchError(const QString &error);
+    void onFetchStarted(const QObject *fetcher);
+    void onDxConnectionChanged(bool connected, const QObject *client);
+    void onModeFilterChanged() { applyFilter(true); }
+    void onBandFilterChanged() { applyFilter(true); }
+    void onStatusFilterChanged(int) { applyFilter(true); }
+    void onTextFilterChanged(const QString &) { applyFilter(false); } // the search text is never saved
     void onSourceFilterChanged();
     void onSelectionChanged(bool byOperator = false);
     void onTuneClicked();
@@ -89,6 +101,8 @@ private slots:
     void onAddToLog() { logSelected(m_settings.confirmLog); }
     // Prefilled from the selection when asked to and there is one.
     void onSpotStation(bool fromSelection);
+    void exportSotaLog();
+    void exportPotaLog();
     void exportAllContacts();
     void importWorkedLogbook();
     void onPreferences();
@@ -97,6 +111,9 @@ private slots:
     void onLwBridgeSetup();
     void onProgramsClicked();
     void startupChecks();
+    void onUpdateAvailable(const QString &version);
+    void onCapabilitiesChanged(const RadioCaps &caps);
+    void onRadioStateRead(const RadioState &state);
 
 private:
     void setupUi();
@@ -111,6 +128,9 @@ private:
     void wireLogbook(const QUrl &qrzUrl);
     void wireSpotting();
     void startApiServer();
+    void applyStyleSheet();
+    void loadContactStatus() { m_desk.loadStatuses(); }
+    void createDxFetchers();
 
     void loadCoordCache();
     void loadJsonSettings();
@@ -130,6 +150,10 @@ private:
     void focusSearch();
 
     void afterMerge(const QList<StationSpot> &batch);
+    void applyPersistedStatuses() { m_desk.applyPersistedStatuses(); }
+    void queueCoordLookups(const QList<StationSpot> &batch);
+    // Every tune goes to the router with its origin; only the operator's and the API's move the radio.
+    bool tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu = false);
     void applyFilter(bool save);
     void runOperatorAction(OperatorAction action);
     void markSelected(StationSpot::Status status);

@@ -61,7 +61,7 @@ void MainWindow::apiFilterSet(const QJsonObject &filter)
 bool MainWindow::apiTuneToSpot(const QString &key)
 {
     const StationSpot spot = spotForKey(key);
-    return m_radio->router()->tune(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
+    return tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Api);
 }
 
 void MainWindow::apiSetSpotStatus(const QString &key, StationSpot::Status status)

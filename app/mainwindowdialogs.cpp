@@ -77,7 +77,7 @@ void MainWindow::onDxClusterSetup()
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_settings.dxClusters = dialog.clusters();
-    m_sources->rebuildClusters(m_settings);
+    createDxFetchers();
     m_labels.showDxConnected(anyDxConnected());
     saveJsonSettings();
 }
@@ -124,6 +124,16 @@ void MainWindow::wireLogbook(const QUrl &qrzUrl)
     m_desk.setLoggedHandler([this](const QList<ContactRecord> &records) { m_logbook->forward(records); });
     if (qrzUrl.isValid())
         m_logbook->setQrzUrl(qrzUrl);
+}
+
+void MainWindow::exportSotaLog()
+{
+    exportLog(LogExport::sotaFormat());
+}
+
+void MainWindow::exportPotaLog()
+{
+    exportLog(LogExport::potaFormat());
 }
 
 void MainWindow::exportAllContacts()

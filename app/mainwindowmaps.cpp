@@ -36,5 +36,5 @@ void MainWindow::updateCoordLookups()
     m_coords->setLookupsEnabled(m_settings.hasUserLocation || m_mapDocks->isMapShown());
     // The spots that came while nobody needed their positions.
     if (!wasOn && m_coords->lookupsEnabled())
-        m_coords->queueLookups(m_model->spots());
+        queueCoordLookups(m_model->spots());
 }

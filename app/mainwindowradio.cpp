@@ -29,6 +29,8 @@ void MainWindow::wireRadioEvents()
 void MainWindow::wireRadioPanel()
 {
     RadioPanel *panel = m_ui.detailPanel->radioPanel();
+    connect(m_radio, &RadioStation::capabilitiesChanged, this, &MainWindow::onCapabilitiesChanged);
+    connect(m_radio, &RadioStation::radioStateRead, this, &MainWindow::onRadioStateRead);
     panel->attachAutoAtuCheck(m_ui.filterBar->autoAtuCheck());
     panel->driveRig(m_radio->link());
     connect(panel, &RadioPanel::tuneAtuClicked, this, [this] {
@@ -45,13 +47,28 @@ void MainWindow::onTuneClicked()
 {
     if (!m_selection.hasSelection())
         return;
-    if (!m_radio->router()->isBridgeActive() && !m_radio->link()->isConnected()) {
+    if (!isLwBridgeActive() && !m_radio->link()->isConnected()) {
         if (WindowDialogs::askToConfigureRadio(this))
             onRadioSetup();
         return;
     }
     const StationSpot spot = spotForKey(m_selection.selectedKey());
-    m_radio->router()->tune(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
+    tuneStation(spot.frequencyKhz, spot.mode, TuneOrigin::Operator);
+}
+
+bool MainWindow::tuneStation(double kHz, const QString &mode, TuneOrigin origin, bool autoAtu)
+{
+    return m_radio->router()->tune(kHz, mode, origin, autoAtu);
+}
+
+void MainWindow::onCapabilitiesChanged(const RadioCaps &caps)
+{
+    m_ui.detailPanel->radioPanel()->applyCapabilities(caps);
+}
+
+void MainWindow::onRadioStateRead(const RadioState &state)
+{
+    m_ui.detailPanel->radioPanel()->applyState(state);
 }
 
 void MainWindow::startupChecks()

@@ -33,10 +33,10 @@ void MainWindow::wireSources()
 {
     for (const auto &[source, fetcher] : m_sources->webFetchers().all())
         m_sourcesView->watch(source, fetcher);
-    connect(m_sources, &SpotSources::spotsArrived, m_alerts, &AlertCenter::processBatch);
-    connect(m_sources, &SpotSources::fetchStarted, m_sourcesView, &SourcesView::fetchStarted);
-    connect(m_sources, &SpotSources::fetchFailed, m_sourcesView, &SourcesView::fetchFailed);
-    connect(m_sources, &SpotSources::dxConnectionChanged, m_sourcesView, &SourcesView::dxConnectionChanged);
+    connect(m_sources, &SpotSources::spotsArrived, this, &MainWindow::onSpotsReady);
+    connect(m_sources, &SpotSources::fetchStarted, this, &MainWindow::onFetchStarted);
+    connect(m_sources, &SpotSources::fetchFailed, this, &MainWindow::onFetchError);
+    connect(m_sources, &SpotSources::dxConnectionChanged, this, &MainWindow::onDxConnectionChanged);
     connect(m_sources, &SpotSources::statusMessage, this,
             [this](const QString &text) { statusBar()->showMessage(text, 8000); });
     const SpotIngestor *ingestor = m_sources->ingestor();
@@ -50,14 +50,45 @@ void MainWindow::wireSources()
 
 void MainWindow::afterMerge(const QList<StationSpot> &batch)
 {
-    m_desk.applyPersistedStatuses();
-    m_coords->queueLookups(batch);
+    applyPersistedStatuses();
+    queueCoordLookups(batch);
     updateSpotCounts();
     m_wsServer->pushSpotsUpdated();
     // The same spot again, wherever it went; never another in its place.
     const int row = m_selection.rowToRestore(*m_proxy, *m_model);
     if (row >= 0)
         m_ui.table->selectViewRow(row);
+}
+
+// The sources ingest each batch themselves; the window has the alerts look at it first.
+void MainWindow::onSpotsReady(const QList<StationSpot> &spots)
+{
+    m_alerts->processBatch(spots);
+}
+
+void MainWindow::onFetchError(const QString &error)
+{
+    m_sourcesView->fetchFailed(error);
+}
+
+void MainWindow::onFetchStarted(const QObject *fetcher)
+{
+    m_sourcesView->fetchStarted(fetcher);
+}
+
+void MainWindow::onDxConnectionChanged(bool connected, const QObject *client)
+{
+    m_sourcesView->dxConnectionChanged(connected, client);
+}
+
+void MainWindow::createDxFetchers()
+{
+    m_sources->rebuildClusters(m_settings);
+}
+
+void MainWindow::queueCoordLookups(const QList<StationSpot> &batch)
+{
+    m_coords->queueLookups(batch);
 }
 
 void MainWindow::onRefreshAll()

@@ -15,8 +15,6 @@ RadioView::RadioView(const RadioStation &station, RadioPanel *panel, WindowLabel
     , m_statusBar(statusBar)
 {
     const RadioRouter *router = m_router;
-    connect(&station, &RadioStation::capabilitiesChanged, panel, &RadioPanel::applyCapabilities);
-    connect(&station, &RadioStation::radioStateRead, panel, &RadioPanel::applyState);
     connect(&station, &RadioStation::rigError, this,
             [this](const QString &message) { m_statusBar->showMessage(message, 5000); });
     connect(router, &RadioRouter::rigConnected, this, &RadioView::rigConnected);

@@ -1,5 +1,7 @@
 #include "app/spotsnapshot.h"
 
+#include "api/apijson.h"
+#include "api/jsonwriter.h"
 #include "app/tallisdir.h"
 
 #include <QDir>
@@ -13,9 +15,15 @@ namespace {
 
 const QLatin1String k_fileName("spots-snapshot.json");
 
+// Whole seconds, the usual case of the web sources, take the API's quick
+// formatter; skimmer rows carry milliseconds.
 QString isoText(const QDateTime &time)
 {
-    return time.isValid() ? time.toUTC().toString(Qt::ISODateWithMs) : QString();
+    if (!time.isValid())
+        return QString();
+    if (time.timeSpec() == Qt::UTC && time.toMSecsSinceEpoch() % 1000 == 0)
+        return ApiJson::isoTime(time);
+    return time.toUTC().toString(Qt::ISODateWithMs);
 }
 
 QDateTime fromIsoText(const QString &text)
@@ -25,25 +33,29 @@ QDateTime fromIsoText(const QString &text)
 }
 
 // Everything the table shows, sorts or groups by. The group number is left
-// out: the model numbers the groups again when it merges.
-QJsonObject spotObject(const StationSpot &spot)
+// out: the model numbers the groups again when it merges. Written straight
+// out: the file is rewritten every two minutes with the whole table, and a
+// document built first would hold the window for a tenth of a second.
+void writeSpot(JsonWriter &out, const StationSpot &spot)
 {
-    return QJsonObject{{QStringLiteral("source"), int(spot.source)},
-                       {QStringLiteral("activation_id"), spot.activationId},
-                       {QStringLiteral("callsign"), spot.callsign},
-                       {QStringLiteral("reference"), spot.reference},
-                       {QStringLiteral("reference_name"), spot.referenceName},
-                       {QStringLiteral("frequency_khz"), spot.frequencyKhz},
-                       {QStringLiteral("mode"), spot.mode},
-                       {QStringLiteral("spot_time"), isoText(spot.spotTime)},
-                       {QStringLiteral("spotter"), spot.spotter},
-                       {QStringLiteral("comments"), spot.comments},
-                       {QStringLiteral("grid"), spot.grid},
-                       {QStringLiteral("location"), spot.locationDesc},
-                       {QStringLiteral("has_location"), spot.hasLocation},
-                       {QStringLiteral("lat"), spot.lat},
-                       {QStringLiteral("lon"), spot.lon},
-                       {QStringLiteral("status"), int(spot.status)}};
+    out.beginObject();
+    out.integerField("source", int(spot.source));
+    out.field("activation_id", spot.activationId);
+    out.field("callsign", spot.callsign);
+    out.field("reference", spot.reference);
+    out.field("reference_name", spot.referenceName);
+    out.numberField("frequency_khz", spot.frequencyKhz);
+    out.field("mode", spot.mode);
+    out.field("spot_time", isoText(spot.spotTime));
+    out.field("spotter", spot.spotter);
+    out.field("comments", spot.comments);
+    out.field("grid", spot.grid);
+    out.field("location", spot.locationDesc);
+    out.booleanField("has_location", spot.hasLocation);
+    out.numberField("lat", spot.lat);
+    out.numberField("lon", spot.lon);
+    out.integerField("status", int(spot.status));
+    out.endObject();
 }
 
 // False for an element that cannot be a spot of the table.
@@ -87,11 +99,15 @@ QString SpotSnapshot::filePath() const
 
 bool SpotSnapshot::write(const QList<StationSpot> &spots, qint64 nowMs) const
 {
-    QJsonArray array;
+    JsonWriter out(spots.size() * 400 + 64);
+    out.beginObject();
+    out.field("saved", isoText(QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC)));
+    out.key("spots");
+    out.beginArray();
     for (const StationSpot &spot : spots)
-        array.append(spotObject(spot));
-    const QJsonObject root{{QStringLiteral("saved"), isoText(QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC))},
-                           {QStringLiteral("spots"), array}};
+        writeSpot(out, spot);
+    out.endArray();
+    out.endObject();
 
     if (m_directory == tallisDirPath())
         ensureTallisDir();
@@ -101,7 +117,7 @@ bool SpotSnapshot::write(const QList<StationSpot> &spots, qint64 nowMs) const
     if (!file.open(QIODevice::WriteOnly))
         return false;
     keepPrivate(file);
-    const QByteArray data = QJsonDocument(root).toJson(QJsonDocument::Compact);
+    const QByteArray data = out.take();
     if (file.write(data) != data.size())
         return false; // QSaveFile drops the partial copy; the old file stays
     return file.commit();

@@ -1,7 +1,11 @@
-// Re-applying the marks after every merge, at the sizes a busy weekend produces.
+// Re-applying the marks after every merge, and the table kept for the next
+// start, at the sizes a busy weekend produces.
 #include "app/contactstatusstore.h"
+#include "app/spotsnapshot.h"
 #include "bench/benchdata.h"
 #include "model/stationmodel.h"
+
+#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -44,5 +48,20 @@ void BM_ApplyMarksOneSearchEach(benchmark::State &state)
     }
 }
 BENCHMARK(BM_ApplyMarksOneSearchEach)->Arg(1000)->Arg(5000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+// The two-minute snapshot of the whole table, file write included.
+void BM_SnapshotWrite(benchmark::State &state)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    StationModel model;
+    model.setClock([now] { return now; });
+    fillModel(model, int(state.range(0)), now);
+    const QTemporaryDir dir;
+    const SpotSnapshot snapshot(dir.path());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(snapshot.write(model.spots(), now));
+    state.counters["rows"] = model.rowCount();
+}
+BENCHMARK(BM_SnapshotWrite)->Arg(20000)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -32,9 +32,9 @@ StationSpot SkimmerAggregator::add(const SkimmerReport &report)
     const auto same = std::find_if(hearings.begin(), hearings.end(),
                                    [&report](const Hearing &h) { return h.skimmer == report.skimmer; });
     if (same != hearings.end())
-        *same = {report.skimmer, report.snrDb, now};
+        *same = {same->skimmer, report.snrDb, now};
     else
-        hearings.append({report.skimmer, report.snrDb, now});
+        hearings.append({sharedName(report.skimmer), report.snrDb, now});
     const Hearing &best =
         *std::max_element(hearings.cbegin(), hearings.cend(),
                           [](const Hearing &a, const Hearing &b) { return a.snrDb < b.snrDb; });
@@ -53,6 +53,17 @@ StationSpot SkimmerAggregator::add(const SkimmerReport &report)
     spot.spotter = best.skimmer;
     spot.comments = QStringLiteral("%1 dB · %2 skimmers").arg(best.snrDb).arg(hearings.size());
     return spot;
+}
+
+QString SkimmerAggregator::sharedName(const QString &skimmer)
+{
+    const auto known = m_skimmerNames.constFind(skimmer);
+    if (known != m_skimmerNames.cend())
+        return *known;
+    if (m_skimmerNames.size() >= k_maxSharedNames)
+        m_skimmerNames.clear();
+    m_skimmerNames.insert(skimmer);
+    return skimmer;
 }
 
 void SkimmerAggregator::expire()

@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -44,7 +45,14 @@ private:
         QList<Hearing> hearings; // one per skimmer, within the window
     };
 
+    // One copy of each skimmer's name, shared by all its hearings: a few
+    // hundred skimmers hear thousands of stations. Bounded against a stream
+    // of made-up names.
+    QString sharedName(const QString &skimmer);
+    static constexpr qsizetype k_maxSharedNames = 4096;
+
     StationSpot::Source m_source;
     Clock m_clock;
     QHash<QString, Station> m_stations;
+    QSet<QString> m_skimmerNames;
 };

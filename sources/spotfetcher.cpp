@@ -189,7 +189,10 @@ bool SpotFetcher::handleNetworkReply(QNetworkReply *reply)
         m_validators.remove(path); // a faulty answer must be fetched whole again
         emit fetchError(parsed.error);
     }
-    emit spotsReady(parsed.spots);
+    // A large answer is parsed in this turn of the event loop and handed on
+    // in the next, so the window answers between parsing and merging it.
+    QMetaObject::invokeMethod(
+        this, [this, spots = parsed.spots] { emit spotsReady(spots); }, Qt::QueuedConnection);
     return fresh;
 }
 

@@ -149,6 +149,9 @@ struct WindowReport
     int endRows = 0;
     int endVisible = 0;
     SoakStats::Summary lag;
+    qint64 heapInUseKb = 0; // malloc's live blocks, at the last sample and at most
+    qint64 heapInUsePeakKb = 0;
+    QStringList stalls; // ticks 40 ms or more late: "62.0 ms at 13.5 s"
     double floodCpuSecs = 0.0;
     double floodSecs = 0.0;
     QList<QPair<int, qint64>> floodRss; // seconds into the flood, kB
@@ -166,9 +169,13 @@ void readWindowLine(const QByteArray &line, WindowReport &report)
         report.loaded = true;
     } else if (f.value(0) == "rss" && f.value(1).toInt() >= 0) {
         report.floodRss.append({f.value(1).toInt(), f.value(2).toLongLong()});
+        report.heapInUseKb = f.value(5).toLongLong();
+        report.heapInUsePeakKb = std::max(report.heapInUsePeakKb, report.heapInUseKb);
     } else if (f.value(0) == "lag") {
         report.lag = {f.value(4).toLongLong(), f.value(1).toDouble(), f.value(2).toDouble(),
                       f.value(3).toDouble()};
+    } else if (f.value(0) == "stall") {
+        report.stalls.append(QString::fromLatin1(f.value(2) + " ms at " + f.value(1) + " s"));
     } else if (f.value(0) == "cpu") {
         report.floodCpuSecs = f.value(1).toDouble();
         report.floodSecs = f.value(2).toDouble();
@@ -512,6 +519,10 @@ int Soak::report()
             .arg(m_report.endRows)
             .arg(m_report.endVisible));
     out(QStringLiteral("  event-loop lag (50 ms timer)  %1").arg(SoakStats::describe(m_report.lag, "ms")));
+    if (!m_report.stalls.isEmpty())
+        out(QStringLiteral("  late ticks (40 ms+)     %1%2")
+                .arg(m_report.stalls.mid(0, 12).join(QStringLiteral(", ")),
+                     m_report.stalls.size() > 12 ? QStringLiteral(", …") : QString()));
     out(QStringLiteral("  status.get round trip   %1")
             .arg(SoakStats::describe(SoakStats::summarize(roundTrips), "ms")));
     qint64 floodPeakKb = 0;
@@ -521,6 +532,8 @@ int Soak::report()
                        "growth %5, peak %6")
             .arg(mb(m_report.startKb), mb(m_report.loadedKb), mb(floodPeakKb), mb(m_report.endKb),
                  mb(late.growthKb), mb(late.peakKb)));
+    out(QStringLiteral("  heap in use (malloc)    peak %1, last %2")
+            .arg(mb(m_report.heapInUsePeakKb), mb(m_report.heapInUseKb)));
     if (m_report.floodSecs > 0)
         out(QStringLiteral("  processor               %1% of one core during the flood (%2 s in %3 s)")
                 .arg(100.0 * m_report.floodCpuSecs / m_report.floodSecs, 0, 'f', 1)

@@ -17,12 +17,14 @@
 #include <QUrl>
 
 #include <cstdio>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int k_tickMs = 50;
+constexpr double k_stallMs = 40.0; // a late tick worth naming, with when it came
 
 void say(const QString &line)
 {
@@ -69,8 +71,14 @@ private:
 
     void onTick()
     {
-        if (m_flood.isValid())
-            m_lag.append(double(m_armed.nsecsElapsed()) / 1e6 - k_tickMs);
+        if (m_flood.isValid()) {
+            const double lag = double(m_armed.nsecsElapsed()) / 1e6 - k_tickMs;
+            m_lag.append(lag);
+            if (lag >= k_stallMs)
+                say(QStringLiteral("stall %1 %2")
+                        .arg(double(m_flood.elapsed()) / 1000.0, 0, 'f', 1)
+                        .arg(lag, 0, 'f', 1));
+        }
         if (!m_loaded && rows() >= m_expectedRows) {
             m_loaded = true;
             say(QStringLiteral("loaded %1 %2").arg(SoakStats::residentKb()).arg(rows()));
@@ -82,11 +90,12 @@ private:
     void onSample()
     {
         const qint64 secs = m_flood.isValid() ? m_flood.elapsed() / 1000 : -1;
-        say(QStringLiteral("rss %1 %2 %3 %4")
+        say(QStringLiteral("rss %1 %2 %3 %4 %5")
                 .arg(secs)
                 .arg(SoakStats::residentKb())
                 .arg(rows())
-                .arg(visible()));
+                .arg(visible())
+                .arg(qint64(mallinfo2().uordblks / 1024)));
     }
 
     void onInput()

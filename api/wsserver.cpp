@@ -107,6 +107,8 @@ void WsServer::stopListening()
     m_spotsMessage.clear();
     m_deltaClients.clear();
     m_snapshotDue.clear();
+    m_snapshotsSent.clear();
+    m_snapshotMessage.clear();
     if (m_tracker)
         m_tracker->setActive(false);
     for (QWebSocket *socket : clients) {
@@ -152,6 +154,12 @@ void WsServer::onNewConnection()
         socket->setParent(this); // the server hands sockets over without a parent
         socket->setMaxAllowedIncomingMessageSize(k_maxIncomingMessageBytes);
         socket->setMaxAllowedIncomingFrameSize(k_maxIncomingMessageBytes);
+        // Each message in one frame: Qt's own client rejects a valid text
+        // message whose multi-byte character straddles a frame boundary (as
+        // any "·" or accented park name in a large table eventually does), and
+        // closes with "Invalid UTF-8". What is sent is bounded by the unsent
+        // cap anyway.
+        socket->setOutgoingFrameSize(QWebSocket::maxOutgoingFrameSize());
         if (m_clients.size() >= k_maxClients) {
             connect(socket, &QWebSocket::disconnected, socket, &QObject::deleteLater);
             socket->close(QWebSocketProtocol::CloseCodePolicyViolated, QStringLiteral("too many clients"));
@@ -198,6 +206,7 @@ void WsServer::forgetClient(QWebSocket *socket)
     m_ungreeted.removeOne(socket);
     m_spotsDue.removeOne(socket);
     m_spotsSent.removeOne(socket);
+    m_snapshotsSent.removeOne(socket);
     if (m_spotsDue.isEmpty())
         m_spotsMessage.clear();
     if (m_deltaClients.removeOne(socket) + m_snapshotDue.removeOne(socket) > 0 && m_deltaClients.isEmpty() &&

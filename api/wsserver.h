@@ -126,6 +126,10 @@ private:
     qint64 m_spotsVersion = 0;
     QList<QWebSocket *> m_deltaClients;
     QList<QWebSocket *> m_snapshotDue;
+    // The snapshot being served at m_snapshotVersion, and those it went to.
+    QString m_snapshotMessage;
+    qint64 m_snapshotVersion = -1;
+    QList<QWebSocket *> m_snapshotsSent;
     BacklogProbe m_backlogProbe;
     const QHash<QString, ApiCommand> m_commands;
 };

@@ -9,6 +9,9 @@
 #include <QTimer>
 #include <QWebSocket>
 
+#include <algorithm>
+#include <QWebSocket>
+
 void WsServer::setSpotTracker(SpotDeltaTracker *tracker)
 {
     if (m_tracker)
@@ -84,20 +87,32 @@ int WsServer::flushSpotDeltas()
 
 void WsServer::serveSnapshots()
 {
-    QString snapshot;
+    // As with whole tables: a few copies on their way at a time, the others
+    // as those drain (a bytesWritten brings this back), so eight clients
+    // subscribing at once do not queue eight tables in memory together.
     const QList<QWebSocket *> due = m_snapshotDue;
     for (QWebSocket *socket : due) {
         if (m_ungreeted.contains(socket) || isLagging(socket) || !m_snapshotDue.contains(socket))
             continue;
-        if (snapshot.isEmpty()) {
-            snapshot =
+        if (std::count_if(m_snapshotsSent.cbegin(), m_snapshotsSent.cend(), isBehind) >=
+            k_spotsCopiesInFlight)
+            return;
+        if (m_snapshotMessage.isEmpty() || m_snapshotVersion != m_spotsVersion) {
+            m_snapshotMessage =
                 QString::fromUtf8(ApiJson::spotsSnapshotEvent(m_spotsVersion, m_backend->apiVisibleSpots()));
+            m_snapshotVersion = m_spotsVersion;
+            m_snapshotsSent.clear();
             // It may hold changes the next delta carries again: harmless
             // for keys it has, and keys gone meanwhile are reported removed.
             m_tracker->noteSnapshotSent();
         }
         m_snapshotDue.removeOne(socket);
         m_deltaClients.append(socket);
-        send(socket, snapshot);
+        m_snapshotsSent.append(socket);
+        send(socket, m_snapshotMessage);
+    }
+    if (m_snapshotDue.isEmpty()) {
+        m_snapshotMessage.clear(); // a large table is not held a moment longer than needed
+        m_snapshotsSent.clear();
     }
 }

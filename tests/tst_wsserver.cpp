@@ -192,6 +192,24 @@ error {"message":"oops"})"));
         QCOMPARE(m_backend->reads, 0);
     }
 
+    // A table of megabytes whose texts are all multi-byte characters reaches a Qt client whole: no
+    // character is cut between two frames, which that client would take for invalid UTF-8.
+    void largeTableOfNonAsciiTextArrivesWhole()
+    {
+        QList<StationSpot> table = spots(3000);
+        for (StationSpot &spot : table)
+            spot.comments = QString::fromUtf8("·—é").repeated(60 + int(spot.frequencyKhz) % 7);
+        m_backend->visible = table;
+        ApiClient c;
+        QVERIFY(c.connectTo(m_server->port()));
+        QTRY_COMPARE(c.events.size(), 1);
+        m_server->pushSpotsUpdated();
+        QTRY_COMPARE_WITH_TIMEOUT(c.eventData(QStringLiteral("spots.updated")).size(), 1, 10000);
+        QCOMPARE(c.eventData(QStringLiteral("spots.updated")).first().value(QLatin1String("count")).toInt(),
+                 3000);
+        QCOMPARE(c.socket.state(), QAbstractSocket::ConnectedState);
+    }
+
     void originRule_data()
     {
         QTest::addColumn<QString>("origin");

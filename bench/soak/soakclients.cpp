@@ -11,6 +11,13 @@ ApiClient::ApiClient(int index, QObject *parent)
     // Room for the whole table in one event, as a page would allow.
     m_socket.setMaxAllowedIncomingMessageSize(256 * 1024 * 1024);
     connect(&m_socket, &QWebSocket::textMessageReceived, this, &ApiClient::onText);
+    connect(&m_socket, &QWebSocket::disconnected, this, [this] {
+        m_closedWhy = QStringLiteral("closed after %1 s, %2 pending: %3 %4")
+                          .arg(double(m_clock.elapsed()) / 1000.0, 0, 'f', 1)
+                          .arg(m_pending.size())
+                          .arg(int(m_socket.closeCode()))
+                          .arg(m_socket.closeReason());
+    });
 }
 
 void ApiClient::open(quint16 port)

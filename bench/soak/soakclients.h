@@ -30,6 +30,8 @@ public:
     QStringList errors() const { return m_errors; }
     qint64 eventBytes() const { return m_eventBytes; }
     int events() const { return m_events; }
+    // Empty while open; otherwise when and how the connection ended.
+    QString closedWhy() const { return m_closedWhy; }
     // Milliseconds from send to reply of each "status.get".
     const QList<double> &statusRoundTrips() const { return m_statusRoundTrips; }
 
@@ -52,5 +54,6 @@ private:
     };
     QHash<QString, Pending> m_pending; // by id
     QStringList m_errors;
+    QString m_closedWhy;
     QList<double> m_statusRoundTrips;
 };

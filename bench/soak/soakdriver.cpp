@@ -304,6 +304,7 @@ private:
     int m_nextWebSpot = 0;
     int m_linesSent = 0;
     int m_skimmerLinesSent = 0;
+    QStringList m_closedDuringFlood;
     Expected m_expected;
 };
 
@@ -459,6 +460,10 @@ void Soak::flood()
     waitUntil([&tickIndex, ticks] { return tickIndex >= ticks; }, m_options.seconds * 1000 + 60000);
     ticker.stop();
     m_window.write("stop\n");
+    for (const auto &c : m_clients) {
+        if (!c->closedWhy().isEmpty())
+            m_closedDuringFlood << c->closedWhy();
+    }
     // Replies still on their way are waited for, then the window is asked to go.
     waitUntil(
         [this] {
@@ -526,12 +531,17 @@ int Soak::report()
     out(QStringLiteral("  status.get round trip   %1")
             .arg(SoakStats::describe(SoakStats::summarize(roundTrips), "ms")));
     qint64 floodPeakKb = 0;
-    for (const auto &[secs, kb] : m_report.floodRss)
-        floodPeakKb = std::max(floodPeakKb, kb);
-    out(QStringLiteral("  resident memory         start %1, loaded %2, flood peak %3, end %4; last 30 s: "
-                       "growth %5, peak %6")
-            .arg(mb(m_report.startKb), mb(m_report.loadedKb), mb(floodPeakKb), mb(m_report.endKb),
-                 mb(late.growthKb), mb(late.peakKb)));
+    int floodPeakAt = 0;
+    for (const auto &[secs, kb] : m_report.floodRss) {
+        if (kb > floodPeakKb) {
+            floodPeakKb = kb;
+            floodPeakAt = secs;
+        }
+    }
+    out(QStringLiteral("  resident memory         start %1, loaded %2, flood peak %3 (at %4 s), end %5; "
+                       "last 30 s: growth %6, peak %7")
+            .arg(mb(m_report.startKb), mb(m_report.loadedKb), mb(floodPeakKb), QString::number(floodPeakAt),
+                 mb(m_report.endKb), mb(late.growthKb), mb(late.peakKb)));
     out(QStringLiteral("  heap in use (malloc)    peak %1, last %2")
             .arg(mb(m_report.heapInUsePeakKb), mb(m_report.heapInUseKb)));
     if (m_report.floodSecs > 0)
@@ -554,6 +564,8 @@ int Soak::report()
             .arg(logLines));
     for (const QString &e : errors.mid(0, 5))
         out(QStringLiteral("  error reply: ") + e);
+    for (const QString &why : m_closedDuringFlood)
+        out(QStringLiteral("  a client was %1").arg(why));
     const bool complete = sent == replies && errors.isEmpty() && marks == m_expected.marks.size() &&
                           logs == m_expected.logged.size() && logLines == m_expected.logged.size() &&
                           m_report.ended;

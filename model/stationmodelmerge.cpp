@@ -46,13 +46,16 @@ quint64 callRefHash(const StationSpot &spot)
 }
 
 // Skimmer rows are one per call sign, band and mode, and never stand in for
-// another source's spot of the same station.
+// another source's spot of the same station. Rows that would share a key are
+// one as well: a station heard on both sides of a band edge (10150.0 and
+// 10150.1 kHz) must not become two rows of one identity.
 bool sameSkimmerRow(const StationSpot &a, const StationSpot &b)
 {
     if (a.source != StationSpot::RBN && b.source != StationSpot::RBN)
         return true;
     return a.source == b.source && a.mode == b.mode &&
-           bandForFrequency(a.frequencyKhz) == bandForFrequency(b.frequencyKhz);
+           (qint64(a.frequencyKhz) == qint64(b.frequencyKhz) ||
+            bandForFrequency(a.frequencyKhz) == bandForFrequency(b.frequencyKhz));
 }
 
 // Whether call sign + "|" + reference is the same text for both spots.

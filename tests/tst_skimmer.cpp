@@ -314,12 +314,15 @@ private slots:
                           spot(StationSpot::RBN, 14080.0, "RTTY", "7 dB · 1 skimmers")});
         QCOMPARE(model.rowCount(), 4);
         model.mergeSpots({spot(StationSpot::RBN, 14025.1, "CW", "20 dB · 2 skimmers", 59)});
+        // Either side of the 30 m band's edge: one key, so one row.
+        model.mergeSpots({spot(StationSpot::RBN, 10150.0, "CW", "edge, in", 30)});
+        model.mergeSpots({spot(StationSpot::RBN, 10150.1, "CW", "edge, out", 29)});
         QStringList rows;
         for (int row = 0; row < model.rowCount(); ++row)
             rows << model.spotAt(row).comments;
         rows.sort();
         QCOMPARE(rows.join(QLatin1Char('/')),
-                 QStringLiteral("20 dB · 2 skimmers/5 dB · 1 skimmers/7 dB · 1 skimmers/cluster"));
+                 QStringLiteral("20 dB · 2 skimmers/5 dB · 1 skimmers/7 dB · 1 skimmers/cluster/edge, out"));
     }
 };
 

@@ -54,7 +54,7 @@ bool sameSkimmerRow(const StationSpot &a, const StationSpot &b)
     if (a.source != StationSpot::RBN && b.source != StationSpot::RBN)
         return true;
     return a.source == b.source && a.mode == b.mode &&
-           (qint64(a.frequencyKhz) == qint64(b.frequencyKhz) ||
+           (StationSpot::keyKhz(a.frequencyKhz) == StationSpot::keyKhz(b.frequencyKhz) ||
             bandForFrequency(a.frequencyKhz) == bandForFrequency(b.frequencyKhz));
 }
 

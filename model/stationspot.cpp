@@ -2,13 +2,17 @@
 
 #include <cmath>
 
-QString StationSpot::key() const
+qint64 StationSpot::keyKhz(double frequencyKhz)
 {
     // Truncation toward zero; a value no integer can hold (NaN, huge) keys as 0
     // rather than invoking undefined behaviour.
     const bool representable = std::isfinite(frequencyKhz) && std::fabs(frequencyKhz) < 9.0e18;
-    const auto khz = representable ? static_cast<qint64>(frequencyKhz) : qint64(0);
-    return callsign + QLatin1Char('|') + reference + QLatin1Char('|') + QString::number(khz);
+    return representable ? static_cast<qint64>(frequencyKhz) : qint64(0);
+}
+
+QString StationSpot::key() const
+{
+    return callsign + QLatin1Char('|') + reference + QLatin1Char('|') + QString::number(keyKhz(frequencyKhz));
 }
 
 QString StationSpot::sourceString() const

@@ -48,6 +48,8 @@ struct StationSpot
     // call|reference|whole kHz truncated toward zero; two reports a fraction
     // of a kHz apart share a key on purpose.
     QString key() const;
+    // The whole kHz of the key: truncated toward zero, 0 for what no integer holds.
+    static qint64 keyKhz(double frequencyKhz);
     QString sourceString() const;
 
     static QString sourceName(int source);

@@ -17,7 +17,7 @@ QString SkimmerAggregator::rowKey(const QString &callsign, double frequencyKhz, 
 {
     QString band = bandForFrequency(frequencyKhz);
     if (band.isEmpty()) // outside the band plan: each whole MHz on its own
-        band = QString::number(qint64(frequencyKhz / 1000.0));
+        band = QString::number(StationSpot::keyKhz(frequencyKhz) / 1000);
     return callsign + QLatin1Char('|') + band + QLatin1Char('|') + mode;
 }
 

@@ -52,7 +52,8 @@ SkimmerReport SkimmerReport::parse(QStringView line, const QDateTime &nowUtc)
     report.frequencyKhz = words.at(3).toDouble(&frequencyOk);
     report.snrDb = words.at(6).toInt(&snrOk);
     const int hhmm = stamp.size() == 4 ? stamp.toInt(&stampOk) : -1;
-    if (!frequencyOk || !snrOk || !stampOk || !(report.frequencyKhz > 0.0))
+    if (!frequencyOk || !snrOk || !stampOk || !(report.frequencyKhz > 0.0) ||
+        report.frequencyKhz > k_maxFrequencyKhz)
         return {};
     report.time = DxClusterFetcher::spotTimeUtc(hhmm, nowUtc);
     if (!report.time.isValid())

@@ -10,6 +10,9 @@
 // ends. Beacons (BEACON, "NCDXF B") are not stations to hunt and give nothing.
 struct SkimmerReport
 {
+    // Skimmers listen from 160 m up; anything past 10 GHz is a garbled line.
+    static constexpr double k_maxFrequencyKhz = 1.0e7;
+
     QString skimmer; // "KM3T-2-#"
     QString callsign;
     double frequencyKhz = 0.0;

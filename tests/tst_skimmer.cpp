@@ -45,6 +45,7 @@ private slots:
             "");
         row("no dB", "DX de KM3T-#: 14100.0 CS3B CW 24 22 WPM CQ 1200Z", "");
         row("bad time", "DX de KM3T-#: 14100.0 CS3B CW 24 dB 22 WPM CQ 2575Z", "");
+        row("frequency past any band", "DX de KM3T-#: 1e300 CS3B CW 24 dB 22 WPM CQ 1200Z", "");
     }
 
     void parse()

@@ -12,7 +12,7 @@ PACKAGES=(
   xvfb xauth ccache dbus dbus-daemon
   clang libclang-rt-14-dev
   dpkg-dev desktop-file-utils appstream file lintian
-  util-linux procps
+  util-linux procps git
 )
 
 # The commands the scripts and CI stages call, each with the package that brings it: a
@@ -23,7 +23,7 @@ COMMANDS=(
   ctest:cmake cpack:cmake dpkg-deb:dpkg dpkg-shlibdeps:dpkg-dev file:file
   desktop-file-validate:desktop-file-utils appstreamcli:appstream lintian:lintian
   rigctld:libhamlib-utils dbus-daemon:dbus-daemon xvfb-run:xvfb unshare:util-linux
-  pkg-config:pkg-config ccache:ccache
+  pkg-config:pkg-config ccache:ccache git:git
 )
 
 missing=()

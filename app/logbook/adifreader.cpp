@@ -90,8 +90,10 @@ QString AdifRecord::value(QByteArrayView wanted) const
 QList<std::pair<QString, QString>> AdifRecord::fields() const
 {
     QList<std::pair<QString, QString>> list;
+    // Names are ASCII in ADIF; only their ASCII letters change case, so a stray
+    // byte such as "\xdf" cannot become "SS" and outgrow the tag it came in.
     for (int i = 0; i < size(); ++i)
-        list.append({QString::fromLatin1(name(i)).toUpper(), value(i)});
+        list.append({QString::fromLatin1(name(i).toByteArray().toUpper()), value(i)});
     return list;
 }
 
